@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// Buffered output file for the FBX writers.
+//
+// A regular file (or a name that does not exist yet) is written beside its target under a
+// temporary name and renamed over the target by Commit(), so a failed write never leaves a
+// partial file under the target name nor destroys the file that was there. Targets that are
+// not regular files (devices, pipes) are written in place: they cannot be replaced by a
+// rename.
+//
+// Bytes already written can be overwritten with Patch(); the binary encoding uses it to fill
+// in record headers once a record's size is known. The first failing system call is kept
+// (Failed(), ErrorText()) and makes every later write a no-op.
+class FbxFileStream {
+public:
+    explicit FbxFileStream(size_t bufferSize = 64 * 1024);
+    ~FbxFileStream();
+    FbxFileStream(const FbxFileStream&) = delete;
+    FbxFileStream& operator=(const FbxFileStream&) = delete;
+
+    // Opens the output for `target`. Returns false (with ErrorText()) when nothing could be
+    // created; the target is untouched then.
+    bool Open(const std::string& target);
+    bool IsOpen() const { return mFd >= 0; }
+
+    void Write(const void* data, size_t size);
+    void Write(const std::string& text) { Write(text.data(), text.size()); }
+    void WriteByte(uint8_t value) { Write(&value, 1); }
+    // Overwrites `size` bytes at the absolute position `position` (< Tell()).
+    void Patch(uint64_t position, const void* data, size_t size);
+    uint64_t Tell() const { return mFlushed + mBuffer.size(); }
+
+    // Flushes, syncs and moves the temporary file over the target. Returns false when any
+    // write failed; the temporary file is removed then and the target keeps its old content.
+    bool Commit();
+    // Closes and removes the temporary file without touching the target.
+    void Abort();
+
+    bool Failed() const { return mErrno != 0; }
+    int Errno() const { return mErrno; }
+    std::string ErrorText() const;
+
+private:
+    void Flush();
+    void Fail(int error);
+    void CloseDescriptor();
+    bool WriteAll(const char* data, size_t size);
+    bool WriteAllAt(const char* data, size_t size, uint64_t position);
+
+    std::vector<char> mBuffer;
+    size_t mCapacity;
+    uint64_t mFlushed = 0;
+    int mFd = -1;
+    int mErrno = 0;
+    std::string mTarget;
+    std::string mTemporary;  // empty when writing in place
+};

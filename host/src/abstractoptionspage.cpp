@@ -1,0 +1,5 @@
+#include "zavo/abstractoptionspage.h"
+
+AbstractOptionsPage::AbstractOptionsPage(QObject* parent) : QObject(parent) {}
+
+AbstractOptionsPage::~AbstractOptionsPage() = default;

@@ -1,0 +1,79 @@
+#include "exportsettings.h"
+
+#include <zavo/abstractsettingssynchronizer.h>
+
+namespace ExportSettings {
+
+QMap<QString, QVariant> defaults() {
+    // FBX files are usually in centimetres while the host works in metres, hence 100. The
+    // format default stays "ascii" and the scale an integer: users' stores already hold these.
+    return {
+        {OutputPreset, 1},
+        {OutputScale, 100},
+        {TimeIncrementMode, 1},
+        {TimeStart, 0},
+        {UseCalibrationPose, true},
+        {FrameSkip, 0},
+        {WalkOnTheSpot, false},
+        {ExportFormat, QStringLiteral("ascii")},
+        {Naming, QStringLiteral("default")},
+    };
+}
+
+QMap<QString, QString> descriptions() {
+    return {
+        {OutputPreset,
+         QStringLiteral("How the output is rigged. Supported values are \"Skeleton\", \"Nodes\".")},
+        {OutputScale, QStringLiteral("The scale of the output. Typically FBX is in cm, while ZAVO "
+                                     "uses m so the default scale is 100")},
+        {TimeIncrementMode,
+         QStringLiteral("How the frames are timestamped, options are 0: Fixed (constant "
+                        "intervals) and 1: Dynamic (individually timestamped frames)")},
+        {TimeStart, QStringLiteral("Start timestamps from 0 (option 0, default) or start "
+                                   "timestamps from recorded first timestamp (option 1)")},
+        {UseCalibrationPose, QStringLiteral("Whether to replace the first frame with a T-pose for "
+                                            "calibration. Defaults to true.")},
+        {FrameSkip, QStringLiteral("The number of frames to skip between exported frames, use "
+                                   "for downsampling.")},
+        {WalkOnTheSpot, QStringLiteral("Keep the Pelvis X and Y fixed in the export.")},
+        {ExportFormat,
+         QStringLiteral("FBX Export format. Supported values are \"binary\", \"ascii\".")},
+        {Naming,
+         QStringLiteral("Naming convention to use when exporting with the Skeleton preset. Using "
+                        "the correct names makes rigging easier. \"default\" is good for most "
+                        "applications such as MotionBuilder and Unity. \"unreal\" is best for the "
+                        "Unreal engine. Supported values are \"default\", \"unreal\".")},
+    };
+}
+
+}  // namespace ExportSettings
+
+namespace {
+
+// Reads `key` as text and maps it to 0 or 1 by name (any case) or digit (exact); anything
+// else is 2. An empty value stands for the first name.
+std::pair<int, QString> readChoice(const AbstractSettingsSynchronizer& settings, const char* key,
+                                   const QString& name0, const QString& name1) {
+    const QString text = settings.value(QString::fromLatin1(key)).toString();
+    if (text.isEmpty()) return {0, name0};
+    if (text.compare(name0, Qt::CaseInsensitive) == 0 || text == QLatin1String("0")) {
+        return {0, text};
+    }
+    if (text.compare(name1, Qt::CaseInsensitive) == 0 || text == QLatin1String("1")) {
+        return {1, text};
+    }
+    return {2, text};
+}
+
+}  // namespace
+
+std::pair<int, QString> readPreset(const AbstractSettingsSynchronizer& settings) {
+    return readChoice(settings, ExportSettings::OutputPreset, QStringLiteral("Nodes"),
+                      QStringLiteral("Skeleton"));
+}
+
+std::pair<int, QString> readNaming(const AbstractSettingsSynchronizer& settings) {
+    // The choice numbers are the Naming values.
+    return readChoice(settings, ExportSettings::Naming, QStringLiteral("default"),
+                      QStringLiteral("unreal"));
+}

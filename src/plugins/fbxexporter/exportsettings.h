@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QMap>
+#include <QString>
+#include <QVariant>
+#include <utility>
+
+class AbstractSettingsSynchronizer;
+
+// The exporter's keys in the host's settings store. The factory registers them once at start,
+// the options page writes them and every export run reads them.
+namespace ExportSettings {
+inline constexpr const char* OutputPreset = "outputPreset";
+inline constexpr const char* OutputScale = "outputScale";
+inline constexpr const char* TimeIncrementMode = "timeIncrementMode";
+inline constexpr const char* TimeStart = "timeStart";
+inline constexpr const char* UseCalibrationPose = "useCalibrationPose";
+inline constexpr const char* FrameSkip = "frameSkip";
+inline constexpr const char* WalkOnTheSpot = "walkOnTheSpot";
+inline constexpr const char* ExportFormat = "exportFormat";
+inline constexpr const char* Naming = "naming";
+
+// Default of every key, typed as the host stores it (integers, booleans, texts).
+QMap<QString, QVariant> defaults();
+// The help text the host shows beside every key.
+QMap<QString, QString> descriptions();
+}  // namespace ExportSettings
+
+// Joint-name convention of the Skeleton preset.
+enum Naming { Naming_Default = 0, Naming_Unreal = 1, Naming_Invalid = 2 };
+
+// The output preset (0 Nodes, 1 Skeleton, 2 invalid) and the text it was read from. Users type
+// the value into the settings store, so names match without regard to case, digits exactly,
+// and an empty value means Nodes.
+std::pair<int, QString> readPreset(const AbstractSettingsSynchronizer& settings);
+// The naming convention (a Naming value) and the text it was read from, matched like the preset;
+// an empty value means "default".
+std::pair<int, QString> readNaming(const AbstractSettingsSynchronizer& settings);
