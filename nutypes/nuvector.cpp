@@ -31,22 +31,27 @@ NuVector& NuVector::operator=(const NuVector& other) {
         std::copy_n(other.m_data, std::min(m_count, other.m_count), m_data);
         return *this;
     }
-    release();
-    copyFrom(other);
+    // Copy before releasing: `other` may view this vector's own elements.
+    NuVector copy(other);
+    takeStorage(copy);
     return *this;
 }
 
 NuVector& NuVector::operator=(NuVector&& other) noexcept {
     if (this == &other) return *this;
     if (m_flags == Fixed || other.m_flags != Owned) return *this = static_cast<const NuVector&>(other);
+    takeStorage(other);
+    return *this;
+}
+
+void NuVector::takeStorage(NuVector& other) {
     release();
     m_data = other.m_data;
     m_count = other.m_count;
-    m_flags = Owned;
+    m_flags = other.m_flags;
     other.m_data = nullptr;
     other.m_count = 0;
     other.m_flags = View;
-    return *this;
 }
 
 NuVector::~NuVector() { release(); }

@@ -43,6 +43,7 @@ protected:
 
 private:
     void copyFrom(const NuVector& other);
+    void takeStorage(NuVector& other);  // other is Owned or empty
     void release();
 };
 
