@@ -23,5 +23,4 @@ public:
 };
 
 #define AbstractExporterFactory_iid "com.nuvia.plugin.exporter/1.0"
-#define AbstractPluginFactory_iid "com.nuvia.pluginfactory/1.0"
 Q_DECLARE_INTERFACE(AbstractExporterFactory, AbstractExporterFactory_iid)

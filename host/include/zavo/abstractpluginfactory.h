@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QtPlugin>
 
 #include "zavo/zavoexport.h"
 
@@ -35,3 +36,6 @@ public:
     virtual void startPlugin() {}
     virtual void stopPlugin() {}
 };
+
+#define AbstractPluginFactory_iid "com.nuvia.pluginfactory/1.0"
+Q_DECLARE_INTERFACE(AbstractPluginFactory, AbstractPluginFactory_iid)

@@ -1,0 +1,161 @@
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "fbx/scene/fbxanimcurvedef.h"
+#include "fbx/scene/fbxobject.h"
+#include "fbx/scene/fbxtime.h"
+
+// Keys of one animated channel, strictly increasing in time.
+//
+// Storage: keys live in blocks of 42 keys of 24 bytes (one 1024-byte
+// allocation each), so appending never moves existing keys and a key costs 24
+// bytes. A key holds its time, value and two slopes inline and refers to a
+// shared entry for its flags, weights and velocities; curves whose keys share
+// a few attributes (all keys of the export) spend nothing more per key.
+// An index at or past the key count reads a placeholder key (time 0, value 0,
+// default attribute).
+//
+// Changes may be bracketed by KeyModifyBegin/KeyModifyEnd (they nest); change
+// notifications are then held back and delivered once when the outermost
+// bracket closes.
+class FbxAnimCurve : public FbxObject {
+    FBX_DECLARE_CLASS(FbxAnimCurve, FbxObject)
+
+public:
+    enum EKeyChange : unsigned {
+        eKeyAdded = 1u << 0,
+        eKeyRemoved = 1u << 1,
+        eKeyValueChanged = 1u << 2,
+        eKeyAttributeChanged = 1u << 3
+    };
+    // Receives the changes (EKeyChange bits) since the last notification.
+    using ChangeListener = std::function<void(FbxAnimCurve& curve, unsigned changes)>;
+
+    static constexpr int kKeysPerBlock = 42;
+    static constexpr int kBlockBytes = 1024;
+
+    void KeyModifyBegin();
+    void KeyModifyEnd();
+    bool IsModifying() const { return mModifyDepth > 0; }
+    void SetChangeListener(ChangeListener listener) { mListener = std::move(listener); }
+
+    // Adds a default key (value 0, flags 0x2108, zero slopes, weights 3333) at
+    // time and returns its index. A key already at time is reset in place (the
+    // count stays); otherwise later keys move up by one. Appending in time order
+    // costs constant time.
+    int KeyAdd(FbxTime time, int* last = nullptr);
+    // Sets time, value, interpolation and tangent mode of a key that KeyAdd made.
+    void KeySet(
+        int index, FbxTime time, float value,
+        FbxAnimCurveDef::EInterpolationType interpolation = FbxAnimCurveDef::eInterpolationCubic,
+        FbxAnimCurveDef::ETangentMode tangentMode = FbxAnimCurveDef::eTangentAuto);
+    bool KeyRemove(int index);
+    // Removes keys first..last inclusive.
+    bool KeyRemove(int first, int last);
+    void KeyClear();
+    // Reserves room for count keys; the key count does not change.
+    void ResizeKeyBuffer(int count);
+
+    // Setters ignore indexes outside [0, count).
+    void KeySetValue(int index, float value);
+    // Replaces only the interpolation field of the flags.
+    void KeySetInterpolation(int index, FbxAnimCurveDef::EInterpolationType interpolation);
+    // Replaces only the tangent-mode field of the flags.
+    void KeySetTangentMode(int index, FbxAnimCurveDef::ETangentMode mode);
+    void KeySetFlags(int index, FbxUInt32 flags);
+    void KeySetAttribute(int index, const FbxAnimCurveKeyAttribute& attribute);
+    void KeySetRightDerivative(int index, float slope);
+    // The left slope of a key is stored on the key before it; ignored for key 0.
+    void KeySetLeftDerivative(int index, float slope);
+
+    int KeyGetCount() const { return mKeyCount; }
+    FbxTime KeyGetTime(int index) const;
+    float KeyGetValue(int index) const;
+    FbxUInt32 KeyGetFlags(int index) const;
+    FbxAnimCurveDef::EInterpolationType KeyGetInterpolation(int index) const;
+    FbxAnimCurveDef::ETangentMode KeyGetTangentMode(int index) const;
+    FbxAnimCurveKeyAttribute KeyGetAttribute(int index) const;
+    float KeyGetRightDerivative(int index) const;
+    float KeyGetLeftDerivative(int index) const;
+    // Copies keys [first, first + count) into the arrays that are not null;
+    // lets a writer stream a long curve in chunks.
+    void KeyGetRange(int first, int count, FbxLongLong* times, float* values,
+                     FbxAnimCurveKeyAttribute* attributes) const;
+
+    // Position of time as a fractional key index: a whole number when a key is
+    // at time, i + f between keys i and i + 1; clamped to [0, count - 1]
+    // outside the keys; -1 without keys.
+    double KeyFind(FbxTime time, int* last = nullptr) const;
+    // Index of the key at exactly time, or -1.
+    int KeyIndexAt(FbxTime time) const;
+    // Value at time: constant, linear or cubic (Hermite with the keys' slopes;
+    // auto tangents use the neighbouring keys) between keys; the first or last
+    // value outside; the default value without keys.
+    float Evaluate(FbxTime time, int* last = nullptr) const;
+    // From the first to the last key; false without keys.
+    bool GetTimeInterval(FbxTimeSpan& span) const;
+
+    void SetDefaultValue(float value) { mDefaultValue = value; }
+    float GetDefaultValue() const { return mDefaultValue; }
+
+    // Makes this curve a copy of source (default value and, when withKeys, keys).
+    void CopyFrom(const FbxAnimCurve& source, bool withKeys = true);
+    // Replaces this curve's keys in [start, stop] by source's keys in that span.
+    void Replace(const FbxAnimCurve& source, FbxTime start, FbxTime stop);
+
+    // Bytes held for keys: blocks, block table and shared attributes.
+    size_t GetKeyMemoryUsage() const;
+
+    ~FbxAnimCurve() override;
+
+protected:
+    FbxAnimCurve(FbxManager& manager, const char* name);
+
+private:
+    struct Key {
+        FbxLongLong time;
+        float value;
+        float rightSlope;
+        float nextLeftSlope;
+        FbxUInt32 shared;  // index into mShared
+    };
+    static_assert(sizeof(Key) == 24);
+    struct SharedAttribute {
+        FbxUInt32 flags;
+        FbxUInt32 weights;
+        FbxUInt32 velocities;
+        bool operator==(const SharedAttribute&) const = default;
+    };
+    struct Block;
+    struct BlockDeleter {
+        void operator()(Block* block) const;
+    };
+
+    Key& KeyAt(int index);
+    const Key& KeyAt(int index) const;
+    const Key* Find(int index) const;
+    void Reserve(int count);
+    FbxUInt32 Share(const SharedAttribute& attribute);
+    Key MakeKey(FbxTime time, const FbxAnimCurveKeyAttribute& attribute);
+    FbxAnimCurveKeyAttribute AttributeOf(const Key& key) const;
+    void ShiftUp(int from);
+    void Notify(unsigned changes);
+    int LowerBound(FbxTime time) const;
+    float CubicSlope(int index, bool right) const;
+
+    std::vector<std::unique_ptr<Block, BlockDeleter>> mBlocks;
+    int mKeyCount = 0;
+    std::vector<SharedAttribute> mShared;
+    std::unordered_map<FbxULongLong, std::vector<FbxUInt32>> mSharedIndex;  // by hash
+    std::array<FbxUInt32, 2> mRecentShared = {0, 0};
+    float mDefaultValue = 0.0f;
+    int mModifyDepth = 0;
+    unsigned mPendingChanges = 0;
+    mutable int mLastEvaluated = 0;  // where the last Evaluate found its time
+    ChangeListener mListener;
+};

@@ -1,0 +1,329 @@
+#include "fbx/scene/fbxanimcurvefilterunroll.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <numbers>
+
+#include "fbx/scene/fbxanimcurve.h"
+#include "fbx/scene/fbxanimcurvefilterkeysync.h"
+#include "fbx/scene/fbxmanager.h"
+#include "fbx/scene/fbxscene.h"
+
+namespace {
+
+double gDefaultQualityTolerance = 0.25;
+bool gDefaultTestForPath = false;
+
+constexpr double kDegree = std::numbers::pi / 180.0;
+
+using Matrix = std::array<std::array<double, 3>, 3>;
+
+Matrix Multiply(const Matrix& a, const Matrix& b) {
+    Matrix m{};
+    for (int r = 0; r < 3; ++r) {
+        for (int c = 0; c < 3; ++c) {
+            m[r][c] = a[r][0] * b[0][c] + a[r][1] * b[1][c] + a[r][2] * b[2][c];
+        }
+    }
+    return m;
+}
+
+Matrix AxisRotation(int axis, double degrees) {
+    const double c = std::cos(degrees * kDegree);
+    const double s = std::sin(degrees * kDegree);
+    const int u = (axis + 1) % 3;
+    const int v = (axis + 2) % 3;
+    Matrix m{};
+    m[axis][axis] = 1.0;
+    m[u][u] = c;
+    m[u][v] = -s;
+    m[v][u] = s;
+    m[v][v] = c;
+    return m;
+}
+
+// Rotation of an Euler triple: the first axis applies first (column vectors).
+Matrix EulerMatrix(const FbxVector4& angles, FbxEuler::EOrder order) {
+    int a = 0, b = 1, c = 2;
+    FbxEuler::GetAxes(order, a, b, c);
+    return Multiply(AxisRotation(c, angles[c]),
+                    Multiply(AxisRotation(b, angles[b]), AxisRotation(a, angles[a])));
+}
+
+// value moved by whole turns to lie nearest reference.
+double NearestTurn(double value, double reference) {
+    return value + 360.0 * std::round((reference - value) / 360.0);
+}
+
+double SquaredDistance(const FbxDouble3& a, const FbxDouble3& b) {
+    double sum = 0.0;
+    for (int i = 0; i < 3; ++i) {
+        sum += (a[i] - b[i]) * (a[i] - b[i]);
+    }
+    return sum;
+}
+
+// With the middle angle at 90 or 270 degrees only the sum or the difference of
+// the outer angles matters; both move together toward the reference.
+void ResolveGimbalLock(FbxDouble3& out, const FbxDouble3& ref, int a, int b, int c,
+                       bool evenOrder) {
+    double middle = std::fmod(out[b], 360.0);
+    if (middle < 0.0) {
+        middle += 360.0;
+    }
+    const bool at90 = std::abs(middle - 90.0) < 1e-6;
+    const bool at270 = std::abs(middle - 270.0) < 1e-6;
+    if (!at90 && !at270) {
+        return;
+    }
+    const double da = ref[a] - out[a];
+    const double dc = ref[c] - out[c];
+    if (at90 == evenOrder) {
+        out[a] += (da + dc) / 2.0;
+        out[c] += (da + dc) / 2.0;
+    } else {
+        out[a] += (da - dc) / 2.0;
+        out[c] -= (da - dc) / 2.0;
+    }
+}
+
+void Fail(FbxStatus* status, const char* message) {
+    if (status) {
+        status->SetCode(FbxStatus::eFailure, message);
+    }
+}
+
+FbxDouble3 KeyTriple(FbxAnimCurve* const* curves, int index) {
+    return FbxDouble3(curves[0]->KeyGetValue(index), curves[1]->KeyGetValue(index),
+                      curves[2]->KeyGetValue(index));
+}
+
+// Three scratch copies of the input curves, destroyed with this holder.
+struct Temporaries {
+    std::array<FbxAnimCurve*, 3> curves{};
+
+    explicit Temporaries(FbxAnimCurve** inputs) {
+        FbxScene* scene = inputs[0]->GetScene();
+        for (int i = 0; i < 3; ++i) {
+            char name[16];
+            std::snprintf(name, sizeof name, "tmp%d", i);
+            curves[i] = scene ? FbxAnimCurve::Create(scene, name)
+                              : FbxAnimCurve::Create(inputs[0]->GetManager(), name);
+            curves[i]->CopyFrom(*inputs[i]);
+        }
+    }
+    ~Temporaries() {
+        for (FbxAnimCurve* curve : curves) {
+            curve->Destroy();
+        }
+    }
+    Temporaries(const Temporaries&) = delete;
+    Temporaries& operator=(const Temporaries&) = delete;
+};
+
+}  // namespace
+
+FbxAnimCurveFilterUnroll::FbxAnimCurveFilterUnroll() {
+    Reset();
+}
+
+void FbxAnimCurveFilterUnroll::Reset() {
+    FbxAnimCurveFilter::Reset();
+    mQualityTolerance = gDefaultQualityTolerance;
+    mTestForPath = gDefaultTestForPath;
+    mForceAutoTangents = false;
+    mRotationOrder = FbxEuler::eOrderXYZ;
+    mFlag = false;
+    mReplaceMode = 0;
+}
+
+void FbxAnimCurveFilterUnroll::SetDefaultQualityTolerance(double tolerance) {
+    gDefaultQualityTolerance = tolerance;
+}
+
+void FbxAnimCurveFilterUnroll::SetDefaultTestForPath(bool test) {
+    gDefaultTestForPath = test;
+}
+
+bool FbxAnimCurveFilterUnroll::V2VRef(FbxDouble3& out, const FbxDouble3& in, const FbxDouble3& ref,
+                                      FbxEuler::EOrder order) {
+    int a = 0, b = 1, c = 2;
+    if (!FbxEuler::GetAxes(order, a, b, c)) {
+        out = in;
+        return false;
+    }
+    FbxDouble3 direct;
+    direct[a] = NearestTurn(in[a], ref[a]);
+    direct[b] = NearestTurn(in[b], ref[b]);
+    direct[c] = NearestTurn(in[c], ref[c]);
+    FbxDouble3 flipped;
+    flipped[a] = NearestTurn(in[a] + 180.0, ref[a]);
+    flipped[b] = NearestTurn(180.0 - in[b], ref[b]);
+    flipped[c] = NearestTurn(in[c] + 180.0, ref[c]);
+    const bool takeFlipped = SquaredDistance(flipped, ref) <= SquaredDistance(direct, ref);
+    out = takeFlipped ? flipped : direct;
+    ResolveGimbalLock(out, ref, a, b, c, FbxEuler::IsParityEven(order));
+    return takeFlipped;
+}
+
+double FbxAnimCurveFilterUnroll::InterpolationQualityFactor(const FbxVector4& a,
+                                                            const FbxVector4& b,
+                                                            FbxEuler::EOrder order) {
+    double s = 0.0;
+    for (int i = 0; i < 4; ++i) {
+        s += (a[i] - b[i]) * (a[i] - b[i]);
+    }
+    if (s <= 2.220446049250313e-16) {
+        return 100.0;
+    }
+    const Matrix ma = EulerMatrix(a, order);
+    const Matrix mb = EulerMatrix(b, order);
+    // trace(A^T B) = 1 + 2 cos(angle of the relative rotation)
+    double trace = 0.0;
+    for (int r = 0; r < 3; ++r) {
+        for (int c = 0; c < 3; ++c) {
+            trace += ma[r][c] * mb[r][c];
+        }
+    }
+    const double angle = std::acos(std::clamp((trace - 1.0) / 2.0, -1.0, 1.0)) / kDegree;
+    return angle * angle / s;
+}
+
+bool FbxAnimCurveFilterUnroll::Apply(FbxAnimCurve** curves, int count, FbxStatus* status) {
+    bool changed = false;
+    return Run(curves, count, status, true, changed);
+}
+
+bool FbxAnimCurveFilterUnroll::NeedApply(FbxAnimCurve** curves, int count, FbxStatus* status) {
+    bool changed = false;
+    return Run(curves, count, status, false, changed) && changed;
+}
+
+bool FbxAnimCurveFilterUnroll::Check(FbxAnimCurve** curves, int count, FbxStatus* status,
+                                     FbxTimeSpan& span) const {
+    if (status) {
+        status->Clear();
+    }
+    if (count != 3 || !curves) {
+        Fail(status, "Number of animation curves is not 3");
+        return false;
+    }
+    if (!curves[0] || !curves[1] || !curves[2]) {
+        Fail(status, "Not enough animation curves found");
+        return false;
+    }
+    bool any = false;
+    FbxTime first = FBXSDK_TIME_INFINITE;
+    FbxTime last = FBXSDK_TIME_MINUS_INFINITE;
+    for (int i = 0; i < 3; ++i) {
+        const int keys = curves[i]->KeyGetCount();
+        if (keys > 0) {
+            any = true;
+            first = std::min(first, curves[i]->KeyGetTime(0));
+            last = std::max(last, curves[i]->KeyGetTime(keys - 1));
+        }
+    }
+    if (!any) {
+        Fail(status, "No keys");
+        return false;
+    }
+    span.Set(std::max(first, mStart), std::min(last, mStop));
+    return true;
+}
+
+bool FbxAnimCurveFilterUnroll::Run(FbxAnimCurve** curves, int count, FbxStatus* status, bool commit,
+                                   bool& changed) {
+    FbxTimeSpan span;
+    if (!Check(curves, count, status, span)) {
+        return false;
+    }
+    Temporaries temporaries(curves);
+    FbxAnimCurve** temps = temporaries.curves.data();
+    FbxAnimCurveFilterKeySync sync;
+    sync.SetStartTime(span.GetStart());
+    sync.SetStopTime(span.GetStop());
+    sync.Apply(temps, 3);
+
+    const int keys = temps[0]->KeyGetCount();
+    int firstIndex = -1;
+    int lastIndex = -1;
+    for (int k = 0; k < keys; ++k) {
+        const FbxTime t = temps[0]->KeyGetTime(k);
+        if (span.GetStart() <= t && t <= span.GetStop()) {
+            firstIndex = firstIndex < 0 ? k : firstIndex;
+            lastIndex = k;
+        }
+    }
+    if (firstIndex < 0) {
+        Fail(status, "No key to be filtered");
+        return false;
+    }
+    changed = Walk(temps, firstIndex, lastIndex);
+    if (commit && firstIndex != lastIndex) {
+        for (int i = 0; i < 3; ++i) {
+            ReplaceSpan(*curves[i], *temps[i], span);
+        }
+    }
+    return true;
+}
+
+// Rewrites keys first..last of the three curves in place; true when a value changed.
+bool FbxAnimCurveFilterUnroll::Walk(FbxAnimCurve** temps, int first, int last) const {
+    FbxDouble3 ref = first > 0 ? KeyTriple(temps, first - 1) : FbxDouble3(0.0, 0.0, 0.0);
+    bool changed = false;
+    for (int j = first; j <= last; ++j) {
+        const FbxDouble3 in = KeyTriple(temps, j);
+        FbxDouble3 out;
+        const bool flipped = V2VRef(out, in, ref, mRotationOrder);
+        for (int i = 0; i < 3; ++i) {
+            const float value = static_cast<float>(out[i]);
+            changed = changed || value != temps[i]->KeyGetValue(j);
+            temps[i]->KeySetValue(j, value);
+            if (mForceAutoTangents && flipped) {
+                ForceAutoTangent(*temps[i], j);
+            }
+        }
+        const FbxVector4 from(ref[0], ref[1], ref[2], 1.0);
+        const FbxVector4 to(out[0], out[1], out[2], 1.0);
+        if (mTestForPath &&
+            InterpolationQualityFactor(from, to, mRotationOrder) < mQualityTolerance) {
+            break;
+        }
+        ref = out;
+    }
+    return changed;
+}
+
+void FbxAnimCurveFilterUnroll::ForceAutoTangent(FbxAnimCurve& curve, int index) {
+    const FbxUInt32 flags = curve.KeyGetFlags(index);
+    const FbxUInt32 mode = flags & FbxAnimCurveDef::kTangentModeMask &
+                           ~static_cast<FbxUInt32>(FbxAnimCurveDef::eTangentGenericBreak);
+    if ((flags & FbxAnimCurveDef::kInterpolationMask) != FbxAnimCurveDef::eInterpolationCubic ||
+        mode != FbxAnimCurveDef::eTangentUser) {
+        return;
+    }
+    curve.KeySetFlags(index, (flags & ~FbxAnimCurveDef::kTangentModeMask) | 0x6100u);
+    curve.KeySetLeftDerivative(index, 0.0f);
+    curve.KeySetRightDerivative(index, 0.0f);
+}
+
+// In replace mode 2 the keys after the span move by the whole turns the last
+// key moved, so the curve stays continuous past the span.
+void FbxAnimCurveFilterUnroll::ReplaceSpan(FbxAnimCurve& curve, const FbxAnimCurve& unrolled,
+                                           const FbxTimeSpan& span) const {
+    curve.KeyModifyBegin();
+    const float before = curve.Evaluate(span.GetStop());
+    curve.Replace(unrolled, span.GetStart(), span.GetStop());
+    if (mReplaceMode == 2) {
+        const double turns = std::round((curve.Evaluate(span.GetStop()) - before) / 360.0);
+        if (turns != 0.0) {
+            for (int k = curve.KeyGetCount() - 1; k >= 0 && curve.KeyGetTime(k) > span.GetStop();
+                 --k) {
+                curve.KeySetValue(k, static_cast<float>(curve.KeyGetValue(k) + 360.0 * turns));
+            }
+        }
+    }
+    curve.KeyModifyEnd();
+}

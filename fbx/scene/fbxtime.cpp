@@ -1,0 +1,238 @@
+#include "fbx/scene/fbxtime.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace {
+
+struct TimeModeRow {
+    double rate;
+    const char* shortName;
+    FbxTime::EMode mode;
+    int oldMode;
+    const char* name;
+    int protocol;
+    FbxLongLong ticksPerFrame;
+};
+
+// The custom row's rate and text change with SetGlobalTimeMode.
+char gCustomRateText[32] = "12.5";
+
+// Indexed by mode; row 0 is never read (eDefaultMode resolves to the global mode)
+// and row 7 is a mode without a rate.
+TimeModeRow gTimeModeList[FbxTime::eModesCount] = {
+    {0.0, "", FbxTime::eDefaultMode, 0, "", 3, 0},
+    {120.0, "120", FbxTime::eFrames120, 8, "120 fps", 3, 1176000},
+    {100.0, "100", FbxTime::eFrames100, 7, "100 fps", 3, 1411200},
+    {60.0, "60", FbxTime::eFrames60, 6, "60 fps", 3, 2352000},
+    {50.0, "50", FbxTime::eFrames50, 5, "50 fps", 3, 2822400},
+    {48.0, "48", FbxTime::eFrames48, 0, "48 fps", 3, 2940000},
+    {30.0, "30", FbxTime::eFrames30, 3, "30 fps", 3, 4704000},
+    {0.0, "", FbxTime::eFrames30Drop, 0, "", 3, 0},
+    {30000.0 / 1001.0, "29.97 drop", FbxTime::eNTSCDropFrame, 4, "NTSC Drop", 3, 4708704},
+    {30000.0 / 1001.0, "29.97 full", FbxTime::eNTSCFullFrame, 9, "NTSC Full", 3, 4708704},
+    {25.0, "25", FbxTime::ePAL, 2, "PAL", 3, 5644800},
+    {24.0, "24", FbxTime::eFrames24, 1, "24 fps", 3, 5880000},
+    {1000.0, "1000", FbxTime::eFrames1000, 11, "1000 fps", 0, 141120},
+    {24000.0 / 1001.0, "23.976", FbxTime::eFilmFullFrame, 0, "23.976 fps", 3, 5885880},
+    {12.5, gCustomRateText, FbxTime::eCustom, 0, "Custom", 3, 0},
+    {96.0, "96", FbxTime::eFrames96, 0, "96 fps", 3, 1470000},
+    {72.0, "72", FbxTime::eFrames72, 0, "72 fps", 3, 1960000},
+    {60000.0 / 1001.0, "59.94", FbxTime::eFrames59dot94, 0, "59.94 fps", 3, 2354352},
+    {120000.0 / 1001.0, "119.88", FbxTime::eFrames119dot88, 0, "119.88 fps", 3, 1177176},
+};
+
+FbxTime::EMode gGlobalTimeMode = FbxTime::eFrames30;
+int gTimeCodeDefinition = 127;
+
+// The row a mode stands for; nullptr for numbers outside the table.
+const TimeModeRow* RowOf(FbxTime::EMode mode) {
+    if (mode == FbxTime::eDefaultMode) {
+        mode = gGlobalTimeMode;
+    }
+    if (mode <= FbxTime::eDefaultMode || mode >= FbxTime::eModesCount) {
+        return nullptr;
+    }
+    return &gTimeModeList[mode];
+}
+
+FbxLongLong TicksPerFrame(const TimeModeRow& row) {
+    if (row.mode == FbxTime::eCustom) {
+        return row.rate > 0.0 ? static_cast<FbxLongLong>(FBXSDK_TC_SECOND / row.rate) : 0;
+    }
+    return row.ticksPerFrame;
+}
+
+void ApplyGlobalTimeMode(FbxTime::EMode mode, double customRate) {
+    if (mode <= FbxTime::eDefaultMode || mode >= FbxTime::eModesCount) {
+        return;
+    }
+    if (mode == FbxTime::eCustom &&
+        (customRate <= 0.0 || (customRate >= 1.0 && FbxIsValidCustomFrameRate(customRate)))) {
+        TimeModeRow& custom = gTimeModeList[FbxTime::eCustom];
+        custom.rate = customRate > 0.0 ? customRate : 30.0;
+        std::snprintf(gCustomRateText, sizeof gCustomRateText, "%g", custom.rate);
+    }
+    gGlobalTimeMode = mode;
+}
+
+bool IsMarker(FbxLongLong ticks) {
+    return ticks == 0 || ticks == FBXSDK_TC_INFINITY || ticks == FBXSDK_TC_MINUS_INFINITY;
+}
+
+}  // namespace
+
+void FbxTime::SetSecondDouble(double seconds) {
+    const double ticks = seconds * static_cast<double>(FBXSDK_TC_SECOND);
+    mTime = static_cast<FbxLongLong>(ticks < 0.0 ? ticks - 0.005 : ticks + 0.005);
+}
+
+double FbxTime::GetSecondDouble() const {
+    return static_cast<double>(mTime) / static_cast<double>(FBXSDK_TC_SECOND);
+}
+
+void FbxTime::SetTime(int hour, int minute, int second, int frame, int field, EMode mode) {
+    const FbxLongLong oneFrame = GetOneFrameValue(mode);
+    mTime = hour * FBXSDK_TC_HOUR + minute * FBXSDK_TC_MINUTE + second * FBXSDK_TC_SECOND +
+            frame * oneFrame + field * (oneFrame / 2);
+}
+
+void FbxTime::SetFrame(FbxLongLong frame, EMode mode) {
+    mTime = frame * GetOneFrameValue(mode);
+}
+
+void FbxTime::SetFramePrecise(double frame, EMode mode) {
+    mTime = static_cast<FbxLongLong>(frame * static_cast<double>(GetOneFrameValue(mode)));
+}
+
+FbxLongLong FbxTime::GetFrameCount(EMode mode) const {
+    const FbxLongLong oneFrame = GetOneFrameValue(mode);
+    return oneFrame ? mTime / oneFrame : 0;
+}
+
+double FbxTime::GetFrameCountPrecise(EMode mode) const {
+    const FbxLongLong oneFrame = GetOneFrameValue(mode);
+    return oneFrame ? static_cast<double>(mTime) / static_cast<double>(oneFrame) : 0.0;
+}
+
+FbxLongLong FbxTime::GetOneFrameValue(EMode mode) {
+    const TimeModeRow* row = RowOf(mode);
+    return row ? TicksPerFrame(*row) : 0;
+}
+
+double FbxTime::GetFrameRate(EMode mode) {
+    const TimeModeRow* row = RowOf(mode);
+    return row ? row->rate : 0.0;
+}
+
+FbxTime::EMode FbxTime::ConvertFrameRateToTimeMode(double rate, double precision) {
+    for (int m = eFrames120; m < eModesCount; ++m) {
+        const double r = gTimeModeList[m].rate;
+        if (r - precision <= rate && rate <= r + precision) {
+            return static_cast<EMode>(m);
+        }
+    }
+    return eDefaultMode;
+}
+
+void FbxTime::SetGlobalTimeMode(EMode mode, double customRate) {
+    if (mode != gGlobalTimeMode) {
+        ApplyGlobalTimeMode(mode, customRate);
+    }
+}
+
+FbxTime::EMode FbxTime::GetGlobalTimeMode() {
+    return gGlobalTimeMode;
+}
+
+FbxTime FbxTimeSpan::GetDuration() const {
+    return mStop >= mStart ? mStop - mStart : mStart - mStop;
+}
+
+bool FbxTimeSpan::IsInside(FbxTime time) const {
+    return mStop >= mStart ? (time >= mStart && time <= mStop) : (time >= mStop && time <= mStart);
+}
+
+void FbxTimeSpan::UnionAssignment(const FbxTimeSpan& other) {
+    const FbxTime lo = std::min({mStart, mStop, other.mStart, other.mStop});
+    const FbxTime hi = std::max({mStart, mStop, other.mStart, other.mStop});
+    Set(lo, hi);
+}
+
+int FbxTCGetDefinition() {
+    return gTimeCodeDefinition;
+}
+
+void FbxTCSetDefinition(int definition) {
+    gTimeCodeDefinition = definition;
+}
+
+FbxLongLong FbxTCToLegacy(FbxLongLong ticks) {
+    if (IsMarker(ticks)) {
+        return ticks;
+    }
+    // Split into whole seconds and a remainder so no product leaves 64 bits.
+    const FbxLongLong a = ticks < 0 ? -ticks : ticks;
+    const FbxLongLong hours = a / FBXSDK_TC_HOUR;
+    FbxLongLong rest = a % FBXSDK_TC_HOUR;
+    const FbxLongLong minutes = rest / FBXSDK_TC_MINUTE;
+    rest %= FBXSDK_TC_MINUTE;
+    const FbxLongLong seconds = rest / FBXSDK_TC_SECOND;
+    const FbxLongLong r = rest % FBXSDK_TC_SECOND;
+    const FbxLongLong wholeSeconds = hours * 3600 + minutes * 60 + seconds;
+    const FbxLongLong legacy = wholeSeconds * FBXSDK_TC_LEGACY_SECOND + (r * 46186158LL) / 141120LL;
+    return ticks < 0 ? -legacy : legacy;
+}
+
+FbxLongLong FbxTCFromLegacy(FbxLongLong legacyTicks) {
+    if (IsMarker(legacyTicks)) {
+        return legacyTicks;
+    }
+    const FbxLongLong a = legacyTicks < 0 ? -legacyTicks : legacyTicks;
+    const FbxLongLong seconds = a / FBXSDK_TC_LEGACY_SECOND;
+    const FbxLongLong r = a % FBXSDK_TC_LEGACY_SECOND;
+    const FbxLongLong ticks = seconds * FBXSDK_TC_SECOND + (r * 141120LL) / 46186158LL;
+    return legacyTicks < 0 ? -ticks : ticks;
+}
+
+bool FbxIsValidCustomFrameRate(double rate) {
+    if (rate < 1.0) {
+        return false;
+    }
+    const double ticks = (1000.0 / rate) * static_cast<double>(FBXSDK_TC_MILLISECOND);
+    return ticks == std::floor(ticks);
+}
+
+void FbxSetGlobalTimeMode(FbxTime::EMode mode, double customRate) {
+    if (mode != gGlobalTimeMode || mode == FbxTime::eCustom) {
+        ApplyGlobalTimeMode(mode, customRate);
+    }
+}
+
+FbxTime::EMode FbxGetGlobalTimeMode() {
+    return gGlobalTimeMode;
+}
+
+const char* FbxGetTimeModeName(FbxTime::EMode mode) {
+    const TimeModeRow* row = RowOf(mode);
+    return row ? row->name : "";
+}
+
+const char* FbxGetGlobalFrameRateString(FbxTime::EMode mode) {
+    const TimeModeRow* row = RowOf(mode);
+    return row ? row->shortName : "";
+}
+
+const char* FbxGetGlobalTimeModeString(FbxTime::EMode mode) {
+    return FbxGetTimeModeName(mode);
+}
+
+double FbxGetFrameRate(FbxTime::EMode mode) {
+    return FbxTime::GetFrameRate(mode);
+}
+
+int FbxGetOldTimeModeValue(FbxTime::EMode mode) {
+    const TimeModeRow* row = RowOf(mode);
+    return row ? row->oldMode : 0;
+}

@@ -1,0 +1,139 @@
+#pragma once
+
+#include "fbx/scene/fbxtypes.h"
+
+// Tick units. A second is 141,120,000 ticks, divisible by every standard frame
+// rate (including the NTSC rates through their 1001 factor), so frame times are
+// exact integers.
+inline constexpr FbxLongLong FBXSDK_TC_MILLISECOND = 141120;
+inline constexpr FbxLongLong FBXSDK_TC_SECOND = FBXSDK_TC_MILLISECOND * 1000;
+inline constexpr FbxLongLong FBXSDK_TC_MINUTE = FBXSDK_TC_SECOND * 60;
+inline constexpr FbxLongLong FBXSDK_TC_HOUR = FBXSDK_TC_MINUTE * 60;
+inline constexpr FbxLongLong FBXSDK_TC_DAY = FBXSDK_TC_HOUR * 24;
+// Older files count 46,186,158,000 ticks per second.
+inline constexpr FbxLongLong FBXSDK_TC_LEGACY_SECOND = 46186158000LL;
+inline constexpr FbxLongLong FBXSDK_TC_ZERO = 0;
+inline constexpr FbxLongLong FBXSDK_TC_INFINITY = INT64_MAX;
+inline constexpr FbxLongLong FBXSDK_TC_MINUS_INFINITY = INT64_MIN + 1;
+
+// A point in time as a signed tick count.
+class FbxTime {
+public:
+    // Numbering is stored in files; mode 7 exists but has no rate.
+    enum EMode {
+        eDefaultMode = 0,
+        eFrames120,
+        eFrames100,
+        eFrames60,
+        eFrames50,
+        eFrames48,
+        eFrames30,
+        eFrames30Drop,
+        eNTSCDropFrame,
+        eNTSCFullFrame,
+        ePAL,
+        eFrames24,
+        eFrames1000,
+        eFilmFullFrame,
+        eCustom,
+        eFrames96,
+        eFrames72,
+        eFrames59dot94,
+        eFrames119dot88,
+        eModesCount
+    };
+
+    constexpr FbxTime(FbxLongLong ticks = 0) : mTime(ticks) {}
+
+    constexpr FbxLongLong Get() const { return mTime; }
+    constexpr void Set(FbxLongLong ticks) { mTime = ticks; }
+
+    // Rounds to the nearest tick with the half-away-from-zero bias of 0.005.
+    void SetSecondDouble(double seconds);
+    double GetSecondDouble() const;
+    void SetMilliSeconds(FbxLongLong ms) { mTime = ms * FBXSDK_TC_MILLISECOND; }
+    FbxLongLong GetMilliSeconds() const { return mTime / FBXSDK_TC_MILLISECOND; }
+    // field counts half frames.
+    void SetTime(int hour, int minute, int second, int frame = 0, int field = 0,
+                 EMode mode = eDefaultMode);
+    void SetFrame(FbxLongLong frame, EMode mode = eDefaultMode);
+    void SetFramePrecise(double frame, EMode mode = eDefaultMode);
+    // Whole frames elapsed; 0 for a mode without a rate.
+    FbxLongLong GetFrameCount(EMode mode = eDefaultMode) const;
+    double GetFrameCountPrecise(EMode mode = eDefaultMode) const;
+    // Ticks of one frame of the mode; eDefaultMode stands for the global mode.
+    static FbxLongLong GetOneFrameValue(EMode mode = eDefaultMode);
+    static double GetFrameRate(EMode mode);
+    // First standard or custom mode whose rate lies within precision; eDefaultMode if none.
+    static EMode ConvertFrameRateToTimeMode(double rate, double precision = 0.00000001);
+    // Does nothing when mode already is the global mode.
+    static void SetGlobalTimeMode(EMode mode, double customRate = 0.0);
+    static EMode GetGlobalTimeMode();
+
+    constexpr FbxTime& operator+=(const FbxTime& t) { return mTime += t.mTime, *this; }
+    constexpr FbxTime& operator-=(const FbxTime& t) { return mTime -= t.mTime, *this; }
+    friend constexpr FbxTime operator+(FbxTime a, FbxTime b) { return a += b; }
+    friend constexpr FbxTime operator-(FbxTime a, FbxTime b) { return a -= b; }
+    friend constexpr FbxTime operator-(FbxTime a) { return FbxTime(-a.mTime); }
+    friend constexpr FbxTime operator*(FbxTime a, int k) { return FbxTime(a.mTime * k); }
+    friend constexpr bool operator==(FbxTime a, FbxTime b) { return a.mTime == b.mTime; }
+    friend constexpr auto operator<=>(FbxTime a, FbxTime b) { return a.mTime <=> b.mTime; }
+
+private:
+    FbxLongLong mTime;
+};
+
+inline constexpr FbxTime FBXSDK_TIME_INFINITE{FBXSDK_TC_INFINITY};
+inline constexpr FbxTime FBXSDK_TIME_MINUS_INFINITE{FBXSDK_TC_MINUS_INFINITY};
+inline constexpr FbxTime FBXSDK_TIME_ZERO{0};
+inline constexpr FbxTime FBXSDK_TIME_ONE_SECOND{FBXSDK_TC_SECOND};
+
+// A start and a stop time. The stop may precede the start (a reversed span).
+class FbxTimeSpan {
+public:
+    constexpr FbxTimeSpan() = default;
+    constexpr FbxTimeSpan(FbxTime start, FbxTime stop) : mStart(start), mStop(stop) {}
+
+    constexpr void Set(FbxTime start, FbxTime stop) { mStart = start, mStop = stop; }
+    constexpr void SetStart(FbxTime start) { mStart = start; }
+    constexpr void SetStop(FbxTime stop) { mStop = stop; }
+    constexpr FbxTime GetStart() const { return mStart; }
+    constexpr FbxTime GetStop() const { return mStop; }
+    // Always non-negative, whatever the direction.
+    FbxTime GetDuration() const;
+    constexpr FbxTime GetSignedDuration() const { return mStop - mStart; }
+    // Inclusive at both ends, for either direction.
+    bool IsInside(FbxTime time) const;
+    // Grows this span to cover other as well.
+    void UnionAssignment(const FbxTimeSpan& other);
+
+    friend constexpr bool operator==(const FbxTimeSpan&, const FbxTimeSpan&) = default;
+
+private:
+    FbxTime mStart;
+    FbxTime mStop;
+};
+
+// Process-wide time-code definition (127 by default). With 127, times written
+// to files use the legacy tick unit.
+int FbxTCGetDefinition();
+void FbxTCSetDefinition(int definition);
+// Ticks to legacy ticks (46,186,158,000 per second), truncating below the
+// second; 0 and the infinite markers pass unchanged.
+FbxLongLong FbxTCToLegacy(FbxLongLong ticks);
+// Legacy ticks back to ticks, truncating; the inverse of FbxTCToLegacy on whole seconds.
+FbxLongLong FbxTCFromLegacy(FbxLongLong legacyTicks);
+
+// A custom rate is usable when one frame is a whole number of ticks.
+bool FbxIsValidCustomFrameRate(double rate);
+// Like FbxTime::SetGlobalTimeMode, but the custom mode is always re-applied.
+void FbxSetGlobalTimeMode(FbxTime::EMode mode, double customRate = 0.0);
+FbxTime::EMode FbxGetGlobalTimeMode();
+// Display name of a mode ("120 fps", "NTSC Drop", "Custom"); "" for no row.
+const char* FbxGetTimeModeName(FbxTime::EMode mode);
+// Short rate text of a mode ("120", "29.97 drop", "12.5" for custom).
+const char* FbxGetGlobalFrameRateString(FbxTime::EMode mode);
+const char* FbxGetGlobalTimeModeString(FbxTime::EMode mode);
+double FbxGetFrameRate(FbxTime::EMode mode);
+// The mode number the earlier file generation used for mode.
+int FbxGetOldTimeModeValue(FbxTime::EMode mode);

@@ -1,0 +1,220 @@
+#include "fbx/scene/fbxanimcurve.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "fbx/scene/fbxanimcurvenode.h"
+#include "fbx/scene/fbxanimlayer.h"
+#include "fbx/scene/fbxmanager.h"
+#include "fbx/scene/fbxnode.h"
+#include "fbx/scene/fbxscene.h"
+
+namespace {
+
+class FbxAnimCurveTest : public ::testing::Test {
+protected:
+    void TearDown() override { mManager->Destroy(); }
+
+    // Keys at the given times with the time as value.
+    FbxAnimCurve* CurveWith(const std::vector<FbxLongLong>& times) {
+        FbxAnimCurve* curve = FbxAnimCurve::Create(mScene, "");
+        for (FbxLongLong t : times) {
+            const int key = curve->KeyAdd(FbxTime(t));
+            curve->KeySetValue(key, static_cast<float>(t));
+        }
+        return curve;
+    }
+    static std::vector<FbxLongLong> Times(const FbxAnimCurve& curve) {
+        std::vector<FbxLongLong> times(curve.KeyGetCount());
+        curve.KeyGetRange(0, curve.KeyGetCount(), times.data(), nullptr, nullptr);
+        return times;
+    }
+
+    FbxManager* mManager = FbxManager::Create();
+    FbxScene* mScene = FbxScene::Create(mManager, "scene");
+};
+
+TEST_F(FbxAnimCurveTest, KeyAddAppendsInsertsAndReplaces) {
+    FbxAnimCurve* curve = CurveWith({10, 20, 30});
+    int last = -1;
+    EXPECT_EQ(curve->KeyAdd(FbxTime(40), &last), 3);
+    EXPECT_EQ(last, 3);
+    EXPECT_EQ(curve->KeyAdd(FbxTime(5)), 0);
+    EXPECT_EQ(curve->KeyAdd(FbxTime(25)), 3);
+    EXPECT_EQ(Times(*curve), (std::vector<FbxLongLong>{5, 10, 20, 25, 30, 40}));
+    EXPECT_FLOAT_EQ(curve->KeyGetValue(4), 30.0f);
+
+    // A key at an existing time is reset in place.
+    curve->KeySetInterpolation(2, FbxAnimCurveDef::eInterpolationConstant);
+    EXPECT_EQ(curve->KeyAdd(FbxTime(20)), 2);
+    EXPECT_EQ(curve->KeyGetCount(), 6);
+    EXPECT_FLOAT_EQ(curve->KeyGetValue(2), 0.0f);
+    EXPECT_EQ(curve->KeyGetFlags(2), 0x2108u);
+
+    // Past the end: setters are ignored, getters read the placeholder.
+    curve->KeySetValue(6, 99.0f);
+    EXPECT_FLOAT_EQ(curve->KeyGetValue(6), 0.0f);
+    EXPECT_EQ(curve->KeyGetTime(6).Get(), 0);
+    EXPECT_EQ(curve->KeyGetTime(-1).Get(), 0);
+    EXPECT_EQ(curve->KeyGetCount(), 6);
+}
+
+TEST_F(FbxAnimCurveTest, KeysStayContiguousAcrossBlocks) {
+    std::vector<FbxLongLong> times;
+    for (int i = 1; i <= 42; ++i) {
+        times.push_back(i * 100);
+    }
+    FbxAnimCurve* curve = CurveWith(times);
+    EXPECT_EQ(curve->GetKeyMemoryUsage() / FbxAnimCurve::kBlockBytes, 1u);
+    EXPECT_EQ(curve->KeyAdd(FbxTime(4300)), 42);
+    curve->KeySetValue(42, 4300.0f);
+    // Inserting at the front moves each block's last key into the next block.
+    for (int i = 0; i < 50; ++i) {
+        EXPECT_EQ(curve->KeyAdd(FbxTime(-i)), 0);
+        curve->KeySetValue(0, static_cast<float>(-i));
+    }
+    ASSERT_EQ(curve->KeyGetCount(), 93);
+    for (int i = 0; i < 93; ++i) {
+        EXPECT_FLOAT_EQ(curve->KeyGetValue(i), static_cast<float>(curve->KeyGetTime(i).Get()));
+        if (i > 0) {
+            EXPECT_LT(curve->KeyGetTime(i - 1), curve->KeyGetTime(i));
+        }
+    }
+    curve->KeyRemove(0, 49);
+    EXPECT_EQ(curve->KeyGetCount(), 43);
+    EXPECT_EQ(curve->KeyGetTime(42).Get(), 4300);
+}
+
+TEST_F(FbxAnimCurveTest, KeyAttributesAsFilesStoreThem) {
+    FbxAnimCurve* curve = CurveWith({0, 100, 200});
+    const FbxAnimCurveKeyAttribute fresh = curve->KeyGetAttribute(0);
+    EXPECT_EQ(fresh.mFlags, 0x2108u);
+    EXPECT_EQ(fresh.mData[0], 0u);
+    EXPECT_EQ(fresh.mData[1], 0u);
+    EXPECT_EQ(fresh.mData[2], 0x0D050D05u);
+    EXPECT_EQ(fresh.mData[3], 0u);
+    curve->KeySetInterpolation(1, FbxAnimCurveDef::eInterpolationLinear);
+    EXPECT_EQ(curve->KeyGetFlags(1), 0x2104u);
+    EXPECT_EQ(curve->KeyGetInterpolation(1), FbxAnimCurveDef::eInterpolationLinear);
+    EXPECT_FALSE(curve->KeyGetAttribute(0) == curve->KeyGetAttribute(1));
+    curve->KeySetInterpolation(0, FbxAnimCurveDef::eInterpolationLinear);
+    EXPECT_TRUE(curve->KeyGetAttribute(0) == curve->KeyGetAttribute(1));
+    // A slope belongs to one key only, even when the rest is shared.
+    curve->KeySetRightDerivative(1, 2.5f);
+    curve->KeySetLeftDerivative(2, -1.0f);
+    EXPECT_FLOAT_EQ(curve->KeyGetAttribute(1).GetDataFloat(0), 2.5f);
+    EXPECT_FLOAT_EQ(curve->KeyGetAttribute(1).GetDataFloat(1), -1.0f);
+    EXPECT_FLOAT_EQ(curve->KeyGetLeftDerivative(2), -1.0f);
+    EXPECT_EQ(curve->KeyGetAttribute(0).mData[0], 0u);
+    EXPECT_EQ(curve->KeyGetFlags(0), 0x2104u);
+}
+
+TEST_F(FbxAnimCurveTest, ModifyBracketHoldsNotificationsBack) {
+    FbxAnimCurve* curve = CurveWith({});
+    std::vector<unsigned> received;
+    curve->SetChangeListener([&](FbxAnimCurve&, unsigned changes) { received.push_back(changes); });
+    curve->KeyModifyBegin();
+    curve->KeyModifyBegin();
+    curve->KeyAdd(FbxTime(1));
+    curve->KeySetValue(0, 1.0f);
+    curve->KeyModifyEnd();
+    EXPECT_TRUE(received.empty());
+    curve->KeyModifyEnd();
+    EXPECT_EQ(received,
+              std::vector<unsigned>{FbxAnimCurve::eKeyAdded | FbxAnimCurve::eKeyValueChanged});
+    curve->KeyModifyEnd();
+    curve->KeySetValue(0, 2.0f);
+    EXPECT_EQ(received.back(), unsigned{FbxAnimCurve::eKeyValueChanged});
+}
+
+TEST_F(FbxAnimCurveTest, ReservingDoesNotAddKeysAndStaysNearTwentyFourBytesAKey) {
+    FbxAnimCurve* curve = CurveWith({});
+    curve->ResizeKeyBuffer(100000);
+    EXPECT_EQ(curve->KeyGetCount(), 0);
+    const size_t reserved = curve->GetKeyMemoryUsage();
+    for (int i = 0; i < 100000; ++i) {
+        const int key = curve->KeyAdd(FbxTime(i * 1176000LL));
+        curve->KeySetValue(key, static_cast<float>(i));
+        curve->KeySetInterpolation(key, FbxAnimCurveDef::eInterpolationLinear);
+    }
+    EXPECT_EQ(curve->KeyGetCount(), 100000);
+    EXPECT_LE(curve->GetKeyMemoryUsage(), reserved + 256);
+    EXPECT_LT(curve->GetKeyMemoryUsage(), 100000u * 25u);
+}
+
+TEST_F(FbxAnimCurveTest, FindAndEvaluate) {
+    FbxAnimCurve* curve = CurveWith({100, 200, 400});
+    EXPECT_DOUBLE_EQ(curve->KeyFind(FbxTime(200)), 1.0);
+    EXPECT_DOUBLE_EQ(curve->KeyFind(FbxTime(300)), 1.5);
+    EXPECT_DOUBLE_EQ(curve->KeyFind(FbxTime(0)), 0.0);
+    EXPECT_DOUBLE_EQ(curve->KeyFind(FbxTime(900)), 2.0);
+    EXPECT_EQ(curve->KeyIndexAt(FbxTime(300)), -1);
+    for (int k = 0; k < 3; ++k) {
+        curve->KeySetInterpolation(k, FbxAnimCurveDef::eInterpolationLinear);
+    }
+    EXPECT_FLOAT_EQ(curve->Evaluate(FbxTime(300)), 300.0f);
+    EXPECT_FLOAT_EQ(curve->Evaluate(FbxTime(150)), 150.0f);
+    EXPECT_FLOAT_EQ(curve->Evaluate(FbxTime(50)), 100.0f);
+    curve->KeySetFlags(1, FbxAnimCurveDef::eInterpolationConstant);
+    EXPECT_FLOAT_EQ(curve->Evaluate(FbxTime(399)), 200.0f);
+    curve->KeySetFlags(1, FbxUInt32{FbxAnimCurveDef::eInterpolationConstant} |
+                              FbxUInt32{FbxAnimCurveDef::eConstantNext});
+    EXPECT_FLOAT_EQ(curve->Evaluate(FbxTime(201)), 400.0f);
+    EXPECT_DOUBLE_EQ(CurveWith({})->KeyFind(FbxTime(0)), -1.0);
+}
+
+TEST_F(FbxAnimCurveTest, PropertyCurveLookupRules) {
+    FbxNode* node = FbxNode::Create(mScene, "node");
+    FbxAnimLayer* layer = FbxAnimLayer::Create(mScene, "layer");
+    node->LclTranslation.Set(FbxDouble3(2, 0, -1));
+    EXPECT_EQ(node->LclTranslation.GetCurve(nullptr, "Lcl Translation", "X", true), nullptr);
+    EXPECT_EQ(node->LclTranslation.GetCurve(layer, "", "X", true), nullptr);
+    EXPECT_EQ(node->LclTranslation.GetCurve(layer, nullptr, "X", true), nullptr);
+    EXPECT_EQ(FbxProperty().GetCurve(layer, "x", "X", true), nullptr);
+    EXPECT_EQ(node->LclTranslation.GetCurve(layer, "Lcl Translation", "X"), nullptr);
+    EXPECT_EQ(node->LclTranslation.GetCurveNode(layer), nullptr);
+    EXPECT_FALSE(node->LclTranslation.GetFlag(FbxPropertyFlags::eAnimated));
+
+    // An unknown channel still leaves the curve node made.
+    EXPECT_EQ(node->LclTranslation.GetCurve(layer, "Lcl Translation", "W", true), nullptr);
+    FbxAnimCurveNode* curveNode = node->LclTranslation.GetCurveNode(layer);
+    ASSERT_NE(curveNode, nullptr);
+    EXPECT_TRUE(node->LclTranslation.GetFlag(FbxPropertyFlags::eAnimated));
+    EXPECT_STREQ(curveNode->GetName(), "T");
+    EXPECT_EQ(curveNode->GetChannelsCount(), 3);
+    EXPECT_EQ(curveNode->GetChannel(0).GetHierarchicalName(), "d|X");
+    EXPECT_EQ(curveNode->GetChannel(2).GetFlags(), unsigned{FbxPropertyFlags::eAnimatable});
+    EXPECT_DOUBLE_EQ(curveNode->GetChannelValue(0), 2.0);
+    EXPECT_DOUBLE_EQ(curveNode->GetChannelValue(2), -1.0);
+    EXPECT_FALSE(curveNode->IsAnimated());
+
+    FbxAnimCurve* z = node->LclTranslation.GetCurve(layer, "Lcl Translation", "Z", true);
+    ASSERT_NE(z, nullptr);
+    EXPECT_EQ(node->LclTranslation.GetCurve(layer, "Lcl Translation", "Z"), z);
+    EXPECT_EQ(curveNode->GetCurve(2), z);
+    EXPECT_EQ(node->LclTranslation.GetCurveNode(layer, true), curveNode);
+    EXPECT_EQ(layer->GetMemberCount(), 1);
+    EXPECT_STREQ(node->Visibility.GetCurveNode(layer, true)->GetName(), "Visibility");
+    EXPECT_EQ(node->Show.GetCurveNode(layer, true), nullptr);
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(FbxAnimCurveTest, ReplaceSwapsOnlyTheSpan) {
+    FbxAnimCurve* target = CurveWith({0, 10, 20, 30, 40});
+    FbxAnimCurve* source = CurveWith({5, 15, 25, 35});
+    source->KeySetInterpolation(1, FbxAnimCurveDef::eInterpolationLinear);
+    target->Replace(*source, FbxTime(10), FbxTime(30));
+    EXPECT_EQ(Times(*target), (std::vector<FbxLongLong>{0, 15, 25, 40}));
+    EXPECT_EQ(target->KeyGetFlags(1), 0x2104u);
+    EXPECT_EQ(target->KeyGetFlags(2), 0x2108u);
+    FbxAnimCurve* copy = CurveWith({});
+    copy->CopyFrom(*target);
+    EXPECT_EQ(Times(*copy), Times(*target));
+    EXPECT_FLOAT_EQ(copy->KeyGetValue(3), 40.0f);
+}
+
+}  // namespace

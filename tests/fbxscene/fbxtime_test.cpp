@@ -1,0 +1,154 @@
+#include "fbx/scene/fbxtime.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+// The time-mode table is process-wide: every test leaves it as it found it.
+class FbxTimeModeTest : public ::testing::Test {
+protected:
+    void SetUp() override { mSaved = FbxGetGlobalTimeMode(); }
+    void TearDown() override {
+        FbxSetGlobalTimeMode(FbxTime::eCustom, 12.5);
+        FbxSetGlobalTimeMode(mSaved);
+    }
+    FbxTime::EMode mSaved = FbxTime::eFrames30;
+};
+
+TEST(FbxTimeTest, TickArithmeticIsExact) {
+    FbxTime t;
+    t.SetSecondDouble(1.0);
+    EXPECT_EQ(t.Get(), 141120000);
+    t.SetSecondDouble(-0.5);
+    EXPECT_EQ(t.Get(), -70560000);
+    // Half a tick and more rounds away from zero, less truncates.
+    t.SetSecondDouble(1.0 / 141120000.0 * 0.996);
+    EXPECT_EQ(t.Get(), 1);
+    t.SetSecondDouble(-1.0 / 141120000.0 * 0.996);
+    EXPECT_EQ(t.Get(), -1);
+    t.SetMilliSeconds(-1500);
+    EXPECT_EQ(t.Get(), -1500 * 141120);
+    EXPECT_EQ(t.GetMilliSeconds(), -1500);
+    t.SetTime(1, 2, 3, 4, 0, FbxTime::eFrames120);
+    EXPECT_EQ(t.Get(), 3723LL * 141120000 + 4 * 1176000);
+    EXPECT_EQ(t.GetFrameCount(FbxTime::eFrames120), 3723LL * 120 + 4);
+    EXPECT_DOUBLE_EQ(FbxTime(70560000).GetSecondDouble(), 0.5);
+}
+
+TEST(FbxTimeTest, FrameLengthsOfEveryMode) {
+    const struct {
+        FbxTime::EMode mode;
+        FbxLongLong ticks;
+        const char* name;
+        const char* rate;
+    } rows[] = {
+        {FbxTime::eFrames120, 1176000, "120 fps", "120"},
+        {FbxTime::eFrames100, 1411200, "100 fps", "100"},
+        {FbxTime::eFrames60, 2352000, "60 fps", "60"},
+        {FbxTime::eFrames50, 2822400, "50 fps", "50"},
+        {FbxTime::eFrames48, 2940000, "48 fps", "48"},
+        {FbxTime::eFrames30, 4704000, "30 fps", "30"},
+        {FbxTime::eFrames30Drop, 0, "", ""},
+        {FbxTime::eNTSCDropFrame, 4708704, "NTSC Drop", "29.97 drop"},
+        {FbxTime::eNTSCFullFrame, 4708704, "NTSC Full", "29.97 full"},
+        {FbxTime::ePAL, 5644800, "PAL", "25"},
+        {FbxTime::eFrames24, 5880000, "24 fps", "24"},
+        {FbxTime::eFrames1000, 141120, "1000 fps", "1000"},
+        {FbxTime::eFilmFullFrame, 5885880, "23.976 fps", "23.976"},
+        {FbxTime::eFrames96, 1470000, "96 fps", "96"},
+        {FbxTime::eFrames72, 1960000, "72 fps", "72"},
+        {FbxTime::eFrames59dot94, 2354352, "59.94 fps", "59.94"},
+        {FbxTime::eFrames119dot88, 1177176, "119.88 fps", "119.88"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(FbxTime::GetOneFrameValue(row.mode), row.ticks);
+        EXPECT_STREQ(FbxGetTimeModeName(row.mode), row.name);
+        EXPECT_STREQ(FbxGetGlobalFrameRateString(row.mode), row.rate);
+        if (row.ticks) {
+            FbxTime t;
+            t.SetFrame(1000, row.mode);
+            EXPECT_EQ(t.Get(), 1000 * row.ticks);
+        }
+    }
+    EXPECT_EQ(FbxTime::GetOneFrameValue(static_cast<FbxTime::EMode>(42)), 0);
+}
+
+TEST(FbxTimeTest, ModeLookupTakesLowestMatchingMode) {
+    EXPECT_EQ(FbxTime::ConvertFrameRateToTimeMode(29.97, 0.01), FbxTime::eNTSCDropFrame);
+    EXPECT_EQ(FbxTime::ConvertFrameRateToTimeMode(120.0, 0.2), FbxTime::eFrames120);
+    EXPECT_EQ(FbxTime::ConvertFrameRateToTimeMode(119.88, 0.2), FbxTime::eFrames120);
+    EXPECT_EQ(FbxTime::ConvertFrameRateToTimeMode(119.88, 0.01), FbxTime::eFrames119dot88);
+    EXPECT_EQ(FbxTime::ConvertFrameRateToTimeMode(60000.0 / 1001.0), FbxTime::eFrames59dot94);
+    EXPECT_EQ(FbxTime::ConvertFrameRateToTimeMode(31.0, 0.5), FbxTime::eDefaultMode);
+    EXPECT_EQ(FbxTime::ConvertFrameRateToTimeMode(240.0), FbxTime::eDefaultMode);
+    // The bounds are inclusive.
+    EXPECT_EQ(FbxTime::ConvertFrameRateToTimeMode(24.5, 0.5), FbxTime::ePAL);
+}
+
+TEST(FbxTimeTest, LegacyTicks) {
+    EXPECT_EQ(FbxTCToLegacy(141120000), 46186158000LL);
+    EXPECT_EQ(FbxTCToLegacy(-141120000), -46186158000LL);
+    EXPECT_EQ(FbxTCToLegacy(0), 0);
+    EXPECT_EQ(FbxTCToLegacy(FBXSDK_TC_INFINITY), FBXSDK_TC_INFINITY);
+    EXPECT_EQ(FbxTCToLegacy(FBXSDK_TC_MINUS_INFINITY), FBXSDK_TC_MINUS_INFINITY);
+    // One frame at 120 fps and 30 fps, exact in both units.
+    EXPECT_EQ(FbxTCToLegacy(1176000), 384884650);
+    EXPECT_EQ(FbxTCToLegacy(4704000), 1539538600);
+    // Below the second the conversion truncates: one tick is 327.28... legacy ticks.
+    EXPECT_EQ(FbxTCToLegacy(1), 327);
+    EXPECT_EQ(FbxTCToLegacy(-1), -327);
+    // Ten hours plus a frame: the split keeps the products inside 64 bits.
+    const FbxLongLong tenHours = 10 * FBXSDK_TC_HOUR + 1176000;
+    EXPECT_EQ(FbxTCToLegacy(tenHours), 36000LL * 46186158000LL + 384884650);
+    EXPECT_EQ(FbxTCFromLegacy(FbxTCToLegacy(tenHours)), tenHours);
+    EXPECT_EQ(FbxTCGetDefinition(), 127);
+}
+
+TEST(FbxTimeTest, CustomRateMustGiveWholeTicksPerFrame) {
+    EXPECT_TRUE(FbxIsValidCustomFrameRate(12.5));
+    EXPECT_TRUE(FbxIsValidCustomFrameRate(240.0));
+    EXPECT_TRUE(FbxIsValidCustomFrameRate(1.0));
+    EXPECT_FALSE(FbxIsValidCustomFrameRate(11.0));
+    EXPECT_FALSE(FbxIsValidCustomFrameRate(29.97));
+    EXPECT_FALSE(FbxIsValidCustomFrameRate(0.5));
+}
+
+TEST_F(FbxTimeModeTest, GlobalModeAndCustomRate) {
+    FbxSetGlobalTimeMode(FbxTime::eFrames60);
+    EXPECT_EQ(FbxTime::GetGlobalTimeMode(), FbxTime::eFrames60);
+    EXPECT_EQ(FbxTime::GetOneFrameValue(FbxTime::eDefaultMode), 2352000);
+    EXPECT_DOUBLE_EQ(FbxTime::GetFrameRate(FbxTime::eDefaultMode), 60.0);
+
+    FbxTime::SetGlobalTimeMode(FbxTime::eCustom, 240.0);
+    EXPECT_EQ(FbxTime::GetOneFrameValue(FbxTime::eCustom), 588000);
+    EXPECT_STREQ(FbxGetGlobalFrameRateString(FbxTime::eCustom), "240");
+    EXPECT_EQ(FbxTime::ConvertFrameRateToTimeMode(240.0), FbxTime::eCustom);
+
+    // Already global: the member function leaves the custom rate alone...
+    FbxTime::SetGlobalTimeMode(FbxTime::eCustom, 12.5);
+    EXPECT_DOUBLE_EQ(FbxTime::GetFrameRate(FbxTime::eCustom), 240.0);
+    // ...the free function re-applies it.
+    FbxSetGlobalTimeMode(FbxTime::eCustom, 12.5);
+    EXPECT_DOUBLE_EQ(FbxTime::GetFrameRate(FbxTime::eDefaultMode), 12.5);
+    EXPECT_STREQ(FbxGetGlobalFrameRateString(FbxTime::eCustom), "12.5");
+    EXPECT_EQ(FbxTime::GetOneFrameValue(FbxTime::eDefaultMode), 11289600);
+
+    // A rate that would not give whole frames is refused; the mode still changes.
+    FbxSetGlobalTimeMode(FbxTime::eCustom, 11.0);
+    EXPECT_DOUBLE_EQ(FbxTime::GetFrameRate(FbxTime::eCustom), 12.5);
+}
+
+TEST(FbxTimeSpanTest, DirectionAndUnion) {
+    FbxTimeSpan span(FbxTime(100), FbxTime(-50));
+    EXPECT_EQ(span.GetDuration().Get(), 150);
+    EXPECT_EQ(span.GetSignedDuration().Get(), -150);
+    EXPECT_TRUE(span.IsInside(FbxTime(-50)));
+    EXPECT_FALSE(span.IsInside(FbxTime(101)));
+    span.UnionAssignment(FbxTimeSpan(FbxTime(300), FbxTime(200)));
+    EXPECT_EQ(span, FbxTimeSpan(FbxTime(-50), FbxTime(300)));
+}
+
+}  // namespace
