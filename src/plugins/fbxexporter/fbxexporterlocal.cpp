@@ -1,0 +1,115 @@
+#include "fbxexporterlocal.h"
+
+#include <QHash>
+
+#include "channelkeying.h"
+#include "fbx/scene/fbxnode.h"
+#include "fbx/scene/fbxscene.h"
+#include "fbx/scene/fbxskeleton.h"
+
+namespace {
+
+// Finger joints of both hands, added to the host's segments when the calibration pose has them.
+constexpr int FingerSegments = 30;
+
+}  // namespace
+
+FbxExporterLocal::FbxExporterLocal(AbstractZavoStudioPluginInterface& host,
+                                   AbstractSettingsSynchronizer* settings)
+    : NuFbxExporter(host, settings) {}
+
+bool FbxExporterLocal::initScene(const QString& name) {
+    if (!m_host.hasBody()) return initObjectScene(name, false);
+    const ZavoPoseObject first = m_host.pose(m_host.firstFrame());
+    if (!first.isValid()) return true;
+
+    const ZavoPoseObject nullPose = m_host.nullPose();
+    m_poseTransform = std::make_unique<PoseTransformFbx>(nullPose, m_host.jointInfoList(),
+                                                         static_cast<Naming>(m_naming));
+    // The take's own segment count decides how many joints are made; it matches the skeleton
+    // when every prop of the take has a joint.
+    const int count = std::min(
+        first.segmentStateCount() + (nullPose.hasFingerTrackingData() ? FingerSegments : 0),
+        m_poseTransform->getSegmentCount());
+
+    FbxSkeleton* rootSkeleton = FbxSkeleton::Create(m_scene, name.toUtf8().constData());
+    FbxNode* root = FbxNode::Create(m_scene, name.toUtf8().constData());
+    rootSkeleton->SetSkeletonType(FbxSkeleton::eRoot);
+    root->SetNodeAttribute(rootSkeleton);
+    root->LclTranslation.Set(FbxDouble3(0, 0, 0));
+    root->LclRotation.Set(FbxDouble3(0, 0, 0));
+    m_scene->GetRootNode()->AddChild(root);
+
+    // The joints start in the calibration pose.
+    m_poseTransform->transform(nullPose);
+    QStringList names;
+    QHash<int, FbxNode*> nodeOfPoseIndex;
+    for (int i = 0; i < count; ++i) {
+        QString segmentName;
+        int poseIndex = -1, parentIndex = -1;
+        nuvia::Vector3 t, r;
+        m_poseTransform->getSegmentMeta(i, segmentName, poseIndex, parentIndex);
+        m_poseTransform->getSegmentPose(i, t, r);
+        names.append(segmentName);
+        FbxNode* node = createJoint(segmentName);
+        nodeOfPoseIndex.insert(poseIndex, node);
+        node->LclTranslation.Set(
+            FbxDouble3(m_outputScale * t[0], m_outputScale * t[1], m_outputScale * t[2]));
+        node->LclRotation.Set(FbxDouble3(r[0], r[1], r[2]));
+        // Parents come first in the skeleton's order; a joint whose parent is not made hangs
+        // from the root.
+        FbxNode* parent = nodeOfPoseIndex.value(parentIndex, root);
+        parent->AddChild(node);
+    }
+    setSegmentNames(names);
+    return true;
+}
+
+FbxNode* FbxExporterLocal::createJoint(const QString& name) {
+    const QByteArray utf8 = name.toUtf8();
+    FbxNode* node = FbxNode::Create(m_scene, utf8.constData());
+    FbxSkeleton* skeleton = FbxSkeleton::Create(m_scene, utf8.constData());
+    skeleton->SetSkeletonType(FbxSkeleton::eLimbNode);
+    node->SetNodeAttribute(skeleton);
+    // The parent's scaling applies before the joint's own rotation.
+    node->SetTransformationInheritType(FbxTransform::eInheritRSrs);
+    return node;
+}
+
+bool FbxExporterLocal::exportFrame(int frame) {
+    // Without a prepared run (initialize failed, or the run is over) there is nothing to key.
+    if (!m_initialized) return false;
+    if (!m_host.hasBody()) return exportObjectFrame(frame);
+    if (!useThisFrame(frame)) return true;
+    setKeyTime(frame);
+    // Nothing was built for a take whose first pose was invalid.
+    if (!m_poseTransform) return true;
+    const ZavoPoseObject pose = framePose(frame);
+    m_poseTransform->transform(pose);
+    const nuvia::Vector3 pelvis(pose.pos_g(0));
+    const int count =
+        std::min(m_poseTransform->getSegmentCount(), static_cast<int>(m_segmentNodeNames.size()));
+    nuvia::Vector3 t, r;
+    for (int i = 0; i < count; ++i) {
+        m_poseTransform->getSegmentPose(i, t, r);
+        FbxNode* node = m_scene->FindNodeByName(m_segmentNodeNames[i]);
+        if (!node) continue;
+        node->LclRotation.GetCurveNode(m_animLayer, true);
+        node->LclTranslation.GetCurveNode(m_animLayer, true);
+        // Only the pelvis moves; every other joint keeps its offset from its parent.
+        if (i == 0) keyPelvisTranslation(node, t, pelvis);
+        keyChannels(node->LclRotation, m_animLayer, m_keyTime, r[0], r[1], r[2]);
+    }
+    return true;
+}
+
+void FbxExporterLocal::keyPelvisTranslation(FbxNode* node, const nuvia::Vector3& translation,
+                                            const nuvia::Vector3& pelvis) {
+    // Walking on the spot keeps the horizontal position at the pelvis's own: zero, formed as a
+    // difference so that a position that is not a number stays visible. Host axes 1 and 0 are
+    // FBX X and Z.
+    const double x = m_walkOnTheSpot ? pelvis[1] - pelvis[1] : translation[0];
+    const double z = m_walkOnTheSpot ? pelvis[0] - pelvis[0] : translation[2];
+    keyChannels(node->LclTranslation, m_animLayer, m_keyTime, x * m_outputScale,
+                translation[1] * m_outputScale, z * m_outputScale, m_exportedFrameCount);
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+class FbxManager;
+class FbxScene;
+class FbxDocument;
+
+// The export run's use of the FBX library: making and releasing its objects and saving a scene.
+// Progress and errors are printed on standard output.
+
+// Creates the manager with its IO settings and the scene. Throws std::runtime_error when the
+// manager or the scene cannot be made.
+void InitializeSdkObjects(FbxManager*& manager, FbxScene*& scene);
+// Destroys the manager and every object it made; prints a success line when `exitStatus`.
+void DestroySdkObjects(FbxManager* manager, bool exitStatus);
+// Writes `scene` to `fileName` with the first FBX writer whose description contains `format`
+// ("binary", "ascii"), else the native one. False when the file could not be written.
+bool SaveScene(FbxManager* manager, FbxDocument* scene, const char* fileName,
+               const char* format = nullptr, bool embedMedia = false);

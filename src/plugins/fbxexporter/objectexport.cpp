@@ -1,0 +1,69 @@
+// Takes without a body: every tracked object as a flat node keyed with its global transform.
+#include <numbers>
+
+#include "channelkeying.h"
+#include "fbx/scene/fbxmarker.h"
+#include "fbx/scene/fbxnode.h"
+#include "fbx/scene/fbxnull.h"
+#include "fbx/scene/fbxscene.h"
+#include "hostposition.h"
+#include "nufbxexporter.h"
+
+namespace {
+
+FbxNodeAttribute* createObjectAttribute(FbxScene* scene, const char* name, bool useNull) {
+    if (useNull) return FbxNull::Create(scene, name);
+    FbxMarker* marker = FbxMarker::Create(scene, name);
+    marker->SetType(FbxMarker::eStandard);
+    marker->Look.Set(FbxMarker::eLightCross);
+    return marker;
+}
+
+// Objects are keyed turned a quarter turn about the host's vertical axis.
+const nuvia::Quaternion& objectTurn() {
+    static const nuvia::Quaternion turn = [] {
+        nuvia::Quaternion q;
+        q.setRotateZ(std::numbers::pi / 2);
+        return q;
+    }();
+    return turn;
+}
+
+}  // namespace
+
+bool NuFbxExporter::initObjectScene(const QString&, bool useNulls) {
+    if (!m_host.pose(m_host.firstFrame()).isValid()) return true;
+    setSegmentNames(m_host.segmentNames());
+    for (const FbxString& name : m_segmentNodeNames) {
+        FbxNodeAttribute* attribute = createObjectAttribute(m_scene, name.Buffer(), useNulls);
+        FbxNode* node = FbxNode::Create(m_scene, name.Buffer());
+        node->SetNodeAttribute(attribute);
+        node->SetTransformationInheritType(FbxTransform::eInheritRrs);
+        m_scene->GetRootNode()->AddChild(node);
+    }
+    return true;
+}
+
+bool NuFbxExporter::exportObjectFrame(int frame) {
+    if (!useThisFrame(frame)) return true;
+    setKeyTime(frame);
+    const ZavoPoseObject pose = framePose(frame);
+    nuvia::Quaternion r;
+    nuvia::Vector3 euler;
+    for (int i = 0; i < static_cast<int>(m_segmentNodeNames.size()); ++i) {
+        FbxNode* node = m_scene->FindNodeByName(m_segmentNodeNames[i]);
+        if (!node) continue;
+        node->LclRotation.GetCurveNode(m_animLayer, true);
+        node->LclTranslation.GetCurveNode(m_animLayer, true);
+        // An empty pose places every object at the origin with a zero orientation.
+        const NuVector position = pose.pos_g(i);
+        const nuvia::Vector3 p = position.size() == 0 ? nuvia::Vector3() : firstThree(position);
+        r.setQuatMulQuat(objectTurn(), pose.q_gb(i, PoseBase_Global));
+        // Host axes 1, 2, 0 are FBX X, Y, Z.
+        keyChannels(node->LclTranslation, m_animLayer, m_keyTime, p[1] * m_outputScale,
+                    p[2] * m_outputScale, p[0] * m_outputScale, m_exportedFrameCount);
+        nuvia::Quaternion(r.w, r.y, r.z, r.x).toEuler(euler);
+        keyChannels(node->LclRotation, m_animLayer, m_keyTime, euler[0], euler[1], euler[2]);
+    }
+    return true;
+}

@@ -1,0 +1,186 @@
+#include "posetransformfbx.h"
+
+#include <algorithm>
+
+#include "hostposition.h"
+#include "skeletondefinition.h"
+
+using namespace SkeletonDefinition;
+
+namespace {
+
+// Host axes to FBX axes: a cyclic permutation (host Z up becomes FBX Y up), applied alike to
+// positions and to the vector part of orientations.
+nuvia::Vector3 toScene(const NuVector& v) {
+    return nuvia::Vector3(v[1], v[2], v[0]);
+}
+nuvia::Quaternion toScene(const NuQuaternion& q) {
+    return nuvia::Quaternion(q.w, q.y, q.z, q.x);
+}
+
+nuvia::Vector3 difference(const NuVector& a, const NuVector& b) {
+    nuvia::Vector3 d;
+    d.setVecSubVec(firstThree(a), firstThree(b));
+    return d;
+}
+
+int hostSegmentOrRoot(int segment) {
+    return segment >= 0 && segment < HostSegmentCount ? segment : -1;
+}
+
+}  // namespace
+
+PoseTransformFbx::PoseTransformFbx(const ZavoPoseObject& pose, const KexJointArray& joints,
+                                   Naming naming)
+    : m_bodyNames(bodyNames(naming)),
+      m_leftFingerNames(fingerNames(naming, NuHand_Left)),
+      m_rightFingerNames(fingerNames(naming, NuHand_Right)),
+      m_bodyParents(bodyParents(naming)),
+      m_fingerParents(fingerParents()),
+      m_leftFingerPoseIndex(FingerJointCount, -1),
+      m_rightFingerPoseIndex(FingerJointCount, -1) {
+    // Whether fingers are exported is decided here, once: later frames cannot change the tree.
+    const bool fingers = pose.hasFingerTrackingData();
+    m_segmentMap.assign(TrunkAndLeftArm.begin(), TrunkAndLeftArm.end());
+    if (fingers) appendFingers(LeftFingerCode);
+    m_segmentMap.insert(m_segmentMap.end(), RightArm.begin(), RightArm.end());
+    if (fingers) appendFingers(RightFingerCode);
+    m_segmentMap.insert(m_segmentMap.end(), NeckAndHead.begin(), NeckAndHead.end());
+    appendProps(joints);
+
+    const int firstFinger = pose.segmentStateCount();
+    for (int k = 0; k < FingerJointCount; ++k) {
+        const int slot = exportedFingerSlot(k);
+        if (slot < 0) continue;
+        m_leftFingerPoseIndex[k] = firstFinger + slot;
+        m_rightFingerPoseIndex[k] = firstFinger + ExportedFingersPerHand + slot;
+    }
+
+    // Pose indices are not export positions: size the lists to reach the largest of them
+    // (and the hands, which finger joints read).
+    int size = std::max(LeftHandSegment, RightHandSegment) + 1;
+    for (int code : m_segmentMap) size = std::max(size, poseIndexOf(code) + 1);
+    m_translations.resize(size);
+    m_globalOrientations.resize(size, nuvia::Quaternion(0, 0, 0, 0));
+    m_localOrientations.resize(size, nuvia::Quaternion(0, 0, 0, 0));
+    m_rotations.resize(size);
+}
+
+void PoseTransformFbx::appendFingers(int firstCode) {
+    for (int k : ExportedFingerJoints) m_segmentMap.push_back(firstCode + k);
+}
+
+void PoseTransformFbx::appendProps(const KexJointArray& joints) {
+    // The host hands out its joint list as raw records of its own stride.
+    const auto* records = static_cast<const char*>(joints.data());
+    const size_t stride = g_KexJointArrayDescriptor.elementSize;
+    for (int prop = FirstProp; prop < HostSegmentCount; ++prop) {
+        for (size_t i = 0; i < joints.count(); ++i) {
+            const auto* joint = reinterpret_cast<const KexJoint*>(records + i * stride);
+            if (joint->childSegment != prop) continue;
+            m_segmentMap.push_back(prop);
+            // A parent that is no host segment would leave the prop hanging from nothing.
+            m_bodyParents[prop] = hostSegmentOrRoot(joint->parentSegment);
+            break;
+        }
+    }
+}
+
+PoseTransformFbx::Hand PoseTransformFbx::handOf(int code) const {
+    if (code >= RightFingerCode) {
+        return {RightHandSegment, NuHand_Right, code - RightFingerCode, &m_rightFingerPoseIndex};
+    }
+    return {LeftHandSegment, NuHand_Left, code - LeftFingerCode, &m_leftFingerPoseIndex};
+}
+
+int PoseTransformFbx::poseIndexOf(int code) const {
+    if (code < LeftFingerCode) return code;
+    const Hand hand = handOf(code);
+    return (*hand.poseIndex)[hand.joint];
+}
+
+void PoseTransformFbx::getSegmentMeta(int i, QString& name, int& index, int& parent) const {
+    const int code = m_segmentMap[i];
+    if (code < LeftFingerCode) {
+        name = m_bodyNames[code];
+        index = code;
+        parent = m_bodyParents[code];
+        return;
+    }
+    const Hand hand = handOf(code);
+    name = (hand.id == NuHand_Left ? m_leftFingerNames : m_rightFingerNames)[hand.joint];
+    const int parentJoint = m_fingerParents[hand.joint];
+    parent = parentJoint < 0 ? hand.segment : (*hand.poseIndex)[parentJoint];
+    index = (*hand.poseIndex)[hand.joint];
+}
+
+void PoseTransformFbx::getSegmentPose(int i, nuvia::Vector3& translation,
+                                      nuvia::Vector3& rotation) const {
+    const int index = poseIndexOf(m_segmentMap[i]);
+    translation = m_translations[index];
+    rotation = m_rotations[index];
+}
+
+void PoseTransformFbx::transform(const ZavoPoseObject& pose) {
+    // Export order puts parents first, so a parent's global orientation of this frame is
+    // stored before its children need it.
+    for (int code : m_segmentMap) {
+        if (code < LeftFingerCode) {
+            transformBody(pose, code);
+        } else {
+            transformFinger(pose, code);
+        }
+    }
+}
+
+void PoseTransformFbx::transformBody(const ZavoPoseObject& pose, int code) {
+    if (code < 0 || code >= pose.segmentStateCount()) return;
+    const nuvia::Quaternion global = toScene(pose.q_gb(code, PoseBase_Global));
+    m_globalOrientations[code] = global;
+    const int parent = m_bodyParents[code];
+    if (parent < 0) {
+        m_translations[code] = toScene(nuvia::Vector3(pose.pos_g(code)));
+        m_localOrientations[code] = global;
+        global.toEuler(m_rotations[code]);
+        return;
+    }
+    // The offset is the difference of the global positions, not rotated into the parent's
+    // frame: it is the true local offset where the parent is unrotated, as in the T-pose that
+    // sets up the skeleton, which is where readers take the bone offsets from.
+    m_translations[code] = toScene(difference(pose.pos_g(code), pose.pos_g(parent)));
+    setLocal(code, m_globalOrientations[parent], global);
+}
+
+void PoseTransformFbx::transformFinger(const ZavoPoseObject& pose, int code) {
+    const Hand hand = handOf(code);
+    const int index = (*hand.poseIndex)[hand.joint];
+    if (index < 0) return;
+    const bool tracked = pose.hasFingerTrackingData();
+    const auto fingerPose = [&](int joint) {
+        return tracked ? pose.fingerTrackingData(hand.id, joint) : KexSegmentPose{};
+    };
+    const KexSegmentPose finger = fingerPose(hand.joint);
+    const nuvia::Quaternion global = toScene(finger.orientation);
+    m_globalOrientations[index] = global;
+
+    const int parentJoint = m_fingerParents[hand.joint];
+    if (parentJoint < 0) {
+        m_translations[index] = toScene(difference(finger.position, pose.pos_g(hand.segment)));
+        setLocal(index, m_globalOrientations[hand.segment], global);
+        return;
+    }
+    const int parentIndex = (*hand.poseIndex)[parentJoint];
+    if (parentIndex < 0) return;
+    m_translations[index] = toScene(difference(finger.position, fingerPose(parentJoint).position));
+    setLocal(index, m_globalOrientations[parentIndex], global);
+}
+
+void PoseTransformFbx::setLocal(int index, const nuvia::Quaternion& parentGlobal,
+                                const nuvia::Quaternion& global) {
+    // Host orientations are unit quaternions, so the conjugate serves as the inverse.
+    nuvia::Quaternion inverseParent;
+    inverseParent.setInverseOf(parentGlobal);
+    nuvia::Quaternion& local = m_localOrientations[index];
+    local.setQuatMulQuat(inverseParent, global);
+    local.toEuler(m_rotations[index]);
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <array>
+#include <vector>
+
+#include <zavo/nuhandid.h>
+
+#include "exportsettings.h"
+
+// The skeleton the Skeleton preset exports: the host's body and prop segments, the finger
+// joints of both hands, their names in each naming convention and their parents.
+//
+// An exported segment is identified by a segment code: 0 to 99 is a host segment (body 0 to 22,
+// props 23 to 26), 100 + k is finger joint k of the left hand, 200 + k that of the right hand.
+namespace SkeletonDefinition {
+
+inline constexpr int HostSegmentCount = 27;  // body segments and props
+inline constexpr int FirstProp = 23;
+inline constexpr int FingerJointCount = 20;  // per hand, including unexported base joints
+inline constexpr int ExportedFingersPerHand = 15;
+inline constexpr int LeftFingerCode = 100;
+inline constexpr int RightFingerCode = 200;
+inline constexpr int LeftHandSegment = 14;
+inline constexpr int RightHandSegment = 10;
+
+// Host segments in export order, parents first: pelvis, legs, spine, left arm.
+inline constexpr std::array<int, 17> TrunkAndLeftArm = {0, 15, 16, 17, 18, 19, 20, 21, 22,
+                                                        1, 2,  3,  4,  11, 12, 13, 14};
+inline constexpr std::array<int, 4> RightArm = {7, 8, 9, 10};
+inline constexpr std::array<int, 2> NeckAndHead = {5, 6};
+
+// Finger joints that are exported, in export order. The carpus and the base joints of the
+// fingers (0, 4, 8, 12, 16) are not tracked and never exported.
+inline constexpr std::array<int, ExportedFingersPerHand> ExportedFingerJoints = {
+    1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15, 17, 18, 19};
+
+// Names of host segments 0 to 26 in `naming` (anything but unreal means default).
+QStringList bodyNames(Naming naming);
+// Parents of host segments 0 to 26 in `naming`, -1 for none. The props' parents come from the
+// host's joint list, so they are -1 here.
+std::vector<int> bodyParents(Naming naming);
+// Names of finger joints 0 to 19 of `hand` in `naming`.
+QStringList fingerNames(Naming naming, NuHandId hand);
+// Parent joint of finger joint 0 to 19, -1 when it hangs from the hand; the same for both hands.
+std::vector<int> fingerParents();
+// Position of finger joint k among the exported joints of its hand (0 to 14), -1 when the
+// joint is not exported.
+int exportedFingerSlot(int k);
+
+}  // namespace SkeletonDefinition

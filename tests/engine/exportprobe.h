@@ -1,0 +1,55 @@
+#pragma once
+
+#include "fakehost.h"
+#include "fbx/scene/fbxanimcurve.h"
+#include "fbx/scene/fbxnode.h"
+#include "fbx/scene/fbxscene.h"
+#include "fbxexporterglobal.h"
+#include "fbxexporterlocal.h"
+
+// An exporter of either preset over a fake host, with its run's state open to the tests.
+template <class Exporter>
+class Probe : public Exporter {
+public:
+    explicit Probe(FakeHost& host) : Exporter(host, &host.settings), m_fake(host) {}
+
+    using Exporter::loadSettings;
+    using Exporter::m_animLayer;
+    using Exporter::m_dynamic;
+    using Exporter::m_exportFormat;
+    using Exporter::m_frameSkip;
+    using Exporter::m_naming;
+    using Exporter::m_outputScale;
+    using Exporter::m_preset;
+    using Exporter::m_scene;
+    using Exporter::m_segmentNames;
+    using Exporter::m_startAtZero;
+    using Exporter::m_takeName;
+    using Exporter::m_useCalibrationPose;
+    using Exporter::m_walkOnTheSpot;
+
+    // initialize() and every frame of the take; the scene stays open until finalize().
+    void run(const QString& file = QStringLiteral("/tmp/take.fbx")) {
+        if (!this->initialize(file)) return;
+        for (int f = m_fake.first; f < static_cast<int>(m_fake.frames.size()); ++f) {
+            this->exportFrame(f);
+        }
+    }
+    FbxNode* node(const char* name) const { return m_scene->FindNodeByName(name); }
+    // Curve "X", "Y" or "Z" of a node's Lcl Translation or Lcl Rotation; null when missing.
+    FbxAnimCurve* curve(const char* name, bool translation, const char* channel) const {
+        FbxNode* n = node(name);
+        FbxPropertyT<FbxDouble3>& p = translation ? n->LclTranslation : n->LclRotation;
+        return p.GetCurve(m_animLayer, p.GetName().Buffer(), channel, false);
+    }
+    int keyCount(const char* name, bool translation = false) const {
+        FbxAnimCurve* c = curve(name, translation, "X");
+        return c ? c->KeyGetCount() : -1;
+    }
+
+private:
+    FakeHost& m_fake;
+};
+
+using LocalProbe = Probe<FbxExporterLocal>;
+using GlobalProbe = Probe<FbxExporterGlobal>;

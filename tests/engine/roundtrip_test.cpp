@@ -1,0 +1,80 @@
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "exportprobe.h"
+#include "synthetictake.h"
+#include "tests/support/fbxassimpscene.h"
+
+namespace {
+
+// Exports the take with the probe and loads the file with the independent reader.
+template <class Exporter>
+std::unique_ptr<fbxtest::AssimpScene> exportAndRead(FakeHost& host, const QString& format) {
+    QTemporaryDir dir;
+    const QString file = dir.filePath("take.fbx");
+    host.settings.values["exportFormat"] = format;
+    Probe<Exporter> probe(host);
+    probe.run(file);
+    probe.finalize(false);
+    // The format names a writer by its description, whatever its case; others get the native one.
+    QFile written(file);
+    EXPECT_TRUE(written.open(QIODevice::ReadOnly));
+    EXPECT_EQ(written.read(18) == "Kaydara FBX Binary", format.toLower() != "ascii")
+        << format.toStdString();
+    auto scene = std::make_unique<fbxtest::AssimpScene>();
+    std::string error;
+    EXPECT_TRUE(scene->Load(file.toStdString(), error)) << error;
+    return scene;
+}
+
+}  // namespace
+
+TEST(RoundTrip, EveryPresetReadsBackWithItsHierarchyAndKeys) {
+    for (const char* format : {"Binary", "ascii", "xml"}) {
+        FakeHost host;
+        loadRigidTake(host, {.frames = 6, .fingers = true, .props = 1});
+        const auto skeleton = exportAndRead<FbxExporterLocal>(host, format);
+        EXPECT_EQ(skeleton->ParentName("Hips"), "Reference") << format;
+        EXPECT_EQ(skeleton->ParentName("LeftHandThumb2"), "LeftHandThumb1");
+        EXPECT_EQ(skeleton->ParentName("Prop1"), "RightHand");
+        EXPECT_EQ(skeleton->NodeNames().size(), 1u + 23 + 30 + 1);
+        EXPECT_EQ(skeleton->RotationKeys("LeftHandPinky3").size(), 6u);
+        EXPECT_EQ(skeleton->TranslationKeys("Hips").size(), 6u);
+
+        const auto nodes = exportAndRead<FbxExporterGlobal>(host, format);
+        EXPECT_EQ(nodes->ParentName("RFinger19"), "Reference") << format;
+        EXPECT_EQ(nodes->ParentName("Prop1"), "Reference");
+        EXPECT_EQ(nodes->NodeNames().size(), 1u + 24 + 30);
+        EXPECT_EQ(nodes->TranslationKeys("RLowerArm").size(), 6u);
+        EXPECT_EQ(nodes->RotationKeys("RLowerArm").size(), 6u);
+    }
+}
+
+TEST(RoundTrip, SkeletonWorldPositionsAreTheTakesGlobalPositions) {
+    FakeHost host;
+    loadRigidTake(host, {.frames = 40, .fingers = true, .props = 2});
+    const auto scene = exportAndRead<FbxExporterLocal>(host, "binary");
+    // Which host position every exported joint shows.
+    const PoseTransformFbx joints(host.nullPose(), host.jointInfoList(), Naming_Default);
+    const int segments = host.nullPose().segmentStateCount();
+    double worst = 0;
+    for (int frame : {1, 7, 20, 39}) {
+        const PoseData& pose = *host.frames[frame];
+        for (int i = 0; i < joints.getSegmentCount(); ++i) {
+            QString name;
+            int index = 0, parent = 0;
+            joints.getSegmentMeta(i, name, index, parent);
+            const int finger = index - segments;
+            const NuVector& p =
+                finger < 0 ? pose.positions[index]
+                           : (*pose.fingers)[finger / 15][(4 * (finger % 15)) / 3 + 1].position;
+            const auto world = fbxtest::Translation(
+                scene->WorldTransformAt(name.toStdString(), pose.frameTime / 1000.0));
+            const double expected[3] = {p[1] * 100, p[2] * 100, p[0] * 100};
+            for (int a = 0; a < 3; ++a) worst = std::max(worst, std::abs(world[a] - expected[a]));
+        }
+    }
+    EXPECT_LT(worst, 0.001);
+}
