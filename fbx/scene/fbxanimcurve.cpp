@@ -305,7 +305,8 @@ float FbxAnimCurve::KeyGetLeftDerivative(int index) const {
 void FbxAnimCurve::KeyGetRange(int first, int count, FbxLongLong* times, float* values,
                                FbxAnimCurveKeyAttribute* attributes) const {
     const int begin = std::max(first, 0);
-    const int end = std::min(first + std::max(count, 0), mKeyCount);
+    const auto end =
+        static_cast<int>(std::min<FbxLongLong>(FbxLongLong{first} + std::max(count, 0), mKeyCount));
     for (int i = begin; i < end; ++i) {
         const Key& key = KeyAt(i);
         const int out = i - first;

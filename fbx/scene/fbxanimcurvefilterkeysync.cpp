@@ -23,22 +23,59 @@ std::vector<FbxLongLong> KeyTimes(FbxAnimCurve** curves, int count, FbxTime star
     return times;
 }
 
-// Values are taken before any key is added, so new keys follow the curve as it was.
-void AddMissingKeys(FbxAnimCurve& curve, const std::vector<FbxLongLong>& times) {
-    std::vector<std::pair<FbxLongLong, float>> missing;
+struct MergedKey {
+    FbxLongLong time;
+    float value;
+    FbxAnimCurveKeyAttribute attribute;
+};
+
+// The curve's keys with a key added at every time of times it lacks: the value
+// the curve had there, the interpolation of the key before it (of the first key
+// when it comes first) and otherwise a new key's attribute.
+std::vector<MergedKey> MergeKeys(const FbxAnimCurve& curve, const std::vector<FbxLongLong>& times) {
+    const int count = curve.KeyGetCount();
+    std::vector<MergedKey> merged;
+    merged.reserve(static_cast<size_t>(count) + times.size());
+    auto keep = [&](int k) {
+        merged.push_back(
+            {curve.KeyGetTime(k).Get(), curve.KeyGetValue(k), curve.KeyGetAttribute(k)});
+    };
+    int k = 0;
     for (FbxLongLong t : times) {
-        if (curve.KeyIndexAt(FbxTime(t)) < 0) {
-            missing.emplace_back(t, curve.Evaluate(FbxTime(t)));
+        for (; k < count && curve.KeyGetTime(k).Get() < t; ++k) {
+            keep(k);
         }
+        if (k < count && curve.KeyGetTime(k).Get() == t) {
+            continue;
+        }
+        MergedKey added{t, curve.Evaluate(FbxTime(t)), FbxAnimCurveKeyAttribute()};
+        const FbxUInt32 model = !merged.empty() ? merged.back().attribute.mFlags
+                                : count > 0     ? curve.KeyGetFlags(0)
+                                                : added.attribute.mFlags;
+        const FbxUInt32 mask = FbxAnimCurveDef::kInterpolationMask;
+        added.attribute.mFlags = (added.attribute.mFlags & ~mask) | (model & mask);
+        merged.push_back(added);
+    }
+    for (; k < count; ++k) {
+        keep(k);
+    }
+    return merged;
+}
+
+// Rebuilt in one pass rather than by inserting keys one by one, which would
+// move every later key for each insertion.
+void AddMissingKeys(FbxAnimCurve& curve, const std::vector<FbxLongLong>& times) {
+    const std::vector<MergedKey> merged = MergeKeys(curve, times);
+    if (merged.size() == static_cast<size_t>(curve.KeyGetCount())) {
+        return;
     }
     curve.KeyModifyBegin();
-    for (const auto& [t, value] : missing) {
-        const int index = curve.KeyAdd(FbxTime(t));
-        const int model = index > 0 ? index - 1 : index + 1;
-        curve.KeySetValue(index, value);
-        if (model < curve.KeyGetCount()) {
-            curve.KeySetInterpolation(index, curve.KeyGetInterpolation(model));
-        }
+    curve.KeyClear();
+    curve.ResizeKeyBuffer(static_cast<int>(merged.size()));
+    for (const MergedKey& key : merged) {
+        const int index = curve.KeyAdd(FbxTime(key.time));
+        curve.KeySetValue(index, key.value);
+        curve.KeySetAttribute(index, key.attribute);
     }
     curve.KeyModifyEnd();
 }

@@ -36,20 +36,19 @@ void FbxDocument::SetDocumentInfo(FbxDocumentInfo* info) {
 
 FbxNode* FbxDocument::FindNodeByName(const FbxString& name) const {
     auto it = mNodesByName.find(name);
-    return it == mNodesByName.end() ? nullptr : it->second.front();
+    return it == mNodesByName.end() ? nullptr : it->second.front().node;
 }
 
 // A new member brings along what is already connected to it (a node's
 // attribute and children, a property's curve nodes).
 void FbxDocument::OnSrcObjectConnected(FbxObject* object) {
+    if (auto* node = FbxCast<FbxNode>(object)) {
+        IndexNode(node, mNextConnectionOrder++);
+    }
     if (object->mDocument) {
         return;
     }
     object->mDocument = this;
-    object->mDocumentOrder = mNextMemberOrder++;
-    if (auto* node = FbxCast<FbxNode>(object)) {
-        IndexNode(node);
-    }
     std::vector<FbxObject*> sources = object->mConnections.mSrcObjects;
     for (const auto& property : object->mProperties) {
         const auto& more = property->mConnections.mSrcObjects;
@@ -63,11 +62,11 @@ void FbxDocument::OnSrcObjectConnected(FbxObject* object) {
 }
 
 void FbxDocument::OnSrcObjectDisconnected(FbxObject* object) {
-    if (object->mDocument != this) {
-        return;
-    }
     if (auto* node = FbxCast<FbxNode>(object)) {
         UnindexNode(node, node->GetNameString());
+    }
+    if (object->mDocument != this) {
+        return;
     }
     if (object == mInfo) {
         mInfo = nullptr;
@@ -76,27 +75,35 @@ void FbxDocument::OnSrcObjectDisconnected(FbxObject* object) {
 }
 
 void FbxDocument::MemberRenamed(FbxObject* member, const FbxString& oldName) {
-    if (auto* node = FbxCast<FbxNode>(member)) {
-        UnindexNode(node, oldName);
-        IndexNode(node);
+    auto* node = FbxCast<FbxNode>(member);
+    if (const FbxUInt64 order = node ? UnindexNode(node, oldName) : 0) {
+        IndexNode(node, order);
     }
 }
 
-void FbxDocument::IndexNode(FbxNode* node) {
-    std::vector<FbxNode*>& nodes = mNodesByName[node->GetNameString()];
-    auto position = std::upper_bound(nodes.begin(), nodes.end(), node, [](FbxNode* a, FbxNode* b) {
-        return a->mDocumentOrder < b->mDocumentOrder;
-    });
-    nodes.insert(position, node);
+void FbxDocument::IndexNode(FbxNode* node, FbxUInt64 order) {
+    std::vector<IndexedNode>& nodes = mNodesByName[node->GetNameString()];
+    auto position = std::upper_bound(
+        nodes.begin(), nodes.end(), order,
+        [](FbxUInt64 value, const IndexedNode& entry) { return value < entry.order; });
+    nodes.insert(position, IndexedNode{order, node});
 }
 
-void FbxDocument::UnindexNode(FbxNode* node, const FbxString& name) {
+FbxUInt64 FbxDocument::UnindexNode(FbxNode* node, const FbxString& name) {
     auto it = mNodesByName.find(name);
     if (it == mNodesByName.end()) {
-        return;
+        return 0;
     }
-    std::erase(it->second, node);
-    if (it->second.empty()) {
+    std::vector<IndexedNode>& nodes = it->second;
+    auto entry = std::find_if(nodes.begin(), nodes.end(),
+                              [node](const IndexedNode& e) { return e.node == node; });
+    if (entry == nodes.end()) {
+        return 0;
+    }
+    const FbxUInt64 order = entry->order;
+    nodes.erase(entry);
+    if (nodes.empty()) {
         mNodesByName.erase(it);
     }
+    return order;
 }

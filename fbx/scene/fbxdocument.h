@@ -39,7 +39,9 @@ public:
     void SetDocumentInfo(FbxDocumentInfo* info);
     FbxDocumentInfo* GetDocumentInfo() const { return mInfo; }
 
-    // The first member node named name (exact case) in membership order.
+    // The first node connected to this document that is named name (exact
+    // case), in connection order: what a scan of the connected nodes would find.
+    // An index kept up to date on connection, rename and removal answers it.
     FbxNode* FindNodeByName(const FbxString& name) const;
 
 protected:
@@ -50,13 +52,21 @@ protected:
 private:
     friend class FbxObject;
 
-    void IndexNode(FbxNode* node);
+    // A node connected to this document, with when it was connected.
+    struct IndexedNode {
+        FbxUInt64 order;
+        FbxNode* node;
+    };
+
+    void IndexNode(FbxNode* node, FbxUInt64 order);
     void MemberRenamed(FbxObject* member, const FbxString& oldName);
-    void UnindexNode(FbxNode* node, const FbxString& name);
+    // The order the node was indexed with under name; 0 when it was not.
+    FbxUInt64 UnindexNode(FbxNode* node, const FbxString& name);
 
     FbxDocumentInfo* mInfo = nullptr;
-    FbxUInt64 mNextMemberOrder = 1;
-    // Member nodes by name, each list in membership order, so the first entry
-    // is what a scan of the members in order would find first.
-    std::unordered_map<FbxString, std::vector<FbxNode*>> mNodesByName;
+    FbxUInt64 mNextConnectionOrder = 1;
+    // Every node connected to this document (also one whose document is another),
+    // by name, each list in connection order: the first entry is what a scan of
+    // the connected nodes in order would find first.
+    std::unordered_map<FbxString, std::vector<IndexedNode>> mNodesByName;
 };

@@ -42,8 +42,14 @@ void FbxObject::Destroy() {
 void FbxObject::SetName(const char* name) {
     const FbxString oldName = mName;
     mName = FbxString(name);
-    if (mDocument && !(oldName == mName)) {
-        mDocument->MemberRenamed(this, oldName);
+    if (oldName == mName) {
+        return;
+    }
+    // Every document this object is connected to indexes nodes by name.
+    for (FbxObject* dst : mConnections.mDstObjects) {
+        if (auto* document = FbxCast<FbxDocument>(dst)) {
+            document->MemberRenamed(this, oldName);
+        }
     }
 }
 

@@ -155,7 +155,6 @@ private:
 
     FbxManager* mManager;
     FbxDocument* mDocument = nullptr;
-    FbxUInt64 mDocumentOrder = 0;  // when the object joined its document
     FbxUInt64 mUniqueId;
     size_t mManagerSlot = 0;
     bool mSavable = true;

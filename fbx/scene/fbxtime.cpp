@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 
 namespace {
@@ -79,6 +80,15 @@ void ApplyGlobalTimeMode(FbxTime::EMode mode, double customRate) {
 
 bool IsMarker(FbxLongLong ticks) {
     return ticks == 0 || ticks == FBXSDK_TC_INFINITY || ticks == FBXSDK_TC_MINUS_INFINITY;
+}
+
+// Magnitude of a tick count; defined for the smallest 64-bit value too.
+FbxULongLong Magnitude(FbxLongLong ticks) {
+    return ticks < 0 ? 0 - static_cast<FbxULongLong>(ticks) : static_cast<FbxULongLong>(ticks);
+}
+
+FbxLongLong WithSignOf(FbxLongLong ticks, FbxULongLong magnitude) {
+    return static_cast<FbxLongLong>(ticks < 0 ? 0 - magnitude : magnitude);
 }
 
 }  // namespace
@@ -172,28 +182,31 @@ FbxLongLong FbxTCToLegacy(FbxLongLong ticks) {
     if (IsMarker(ticks)) {
         return ticks;
     }
-    // Split into whole seconds and a remainder so no product leaves 64 bits.
-    const FbxLongLong a = ticks < 0 ? -ticks : ticks;
-    const FbxLongLong hours = a / FBXSDK_TC_HOUR;
-    FbxLongLong rest = a % FBXSDK_TC_HOUR;
-    const FbxLongLong minutes = rest / FBXSDK_TC_MINUTE;
+    // Split into hours, minutes and seconds so no product leaves 64 bits. The
+    // legacy unit counts whole seconds in 32 bits, so times past about 68 years
+    // wrap; unsigned arithmetic keeps the wrap defined.
+    const FbxULongLong a = Magnitude(ticks);
+    const FbxULongLong hours = a / FBXSDK_TC_HOUR;
+    FbxULongLong rest = a % FBXSDK_TC_HOUR;
+    const FbxULongLong minutes = rest / FBXSDK_TC_MINUTE;
     rest %= FBXSDK_TC_MINUTE;
-    const FbxLongLong seconds = rest / FBXSDK_TC_SECOND;
-    const FbxLongLong r = rest % FBXSDK_TC_SECOND;
-    const FbxLongLong wholeSeconds = hours * 3600 + minutes * 60 + seconds;
-    const FbxLongLong legacy = wholeSeconds * FBXSDK_TC_LEGACY_SECOND + (r * 46186158LL) / 141120LL;
-    return ticks < 0 ? -legacy : legacy;
+    const FbxULongLong seconds = rest / FBXSDK_TC_SECOND;
+    const FbxULongLong r = rest % FBXSDK_TC_SECOND;
+    const auto wholeSeconds = static_cast<std::int32_t>(hours * 3600 + minutes * 60 + seconds);
+    const FbxULongLong legacy =
+        static_cast<FbxULongLong>(FbxLongLong{wholeSeconds}) * FBXSDK_TC_LEGACY_SECOND +
+        (r * 46186158ULL) / 141120ULL;
+    return WithSignOf(ticks, legacy);
 }
 
 FbxLongLong FbxTCFromLegacy(FbxLongLong legacyTicks) {
     if (IsMarker(legacyTicks)) {
         return legacyTicks;
     }
-    const FbxLongLong a = legacyTicks < 0 ? -legacyTicks : legacyTicks;
-    const FbxLongLong seconds = a / FBXSDK_TC_LEGACY_SECOND;
-    const FbxLongLong r = a % FBXSDK_TC_LEGACY_SECOND;
-    const FbxLongLong ticks = seconds * FBXSDK_TC_SECOND + (r * 141120LL) / 46186158LL;
-    return legacyTicks < 0 ? -ticks : ticks;
+    const FbxULongLong a = Magnitude(legacyTicks);
+    const FbxULongLong seconds = a / FBXSDK_TC_LEGACY_SECOND;
+    const FbxULongLong r = a % FBXSDK_TC_LEGACY_SECOND;
+    return WithSignOf(legacyTicks, seconds * FBXSDK_TC_SECOND + (r * 141120ULL) / 46186158ULL);
 }
 
 bool FbxIsValidCustomFrameRate(double rate) {

@@ -119,7 +119,8 @@ private:
 int FbxTCGetDefinition();
 void FbxTCSetDefinition(int definition);
 // Ticks to legacy ticks (46,186,158,000 per second), truncating below the
-// second; 0 and the infinite markers pass unchanged.
+// second; 0 and the infinite markers pass unchanged. Whole seconds are a 32-bit
+// count, so times beyond about 68 years wrap.
 FbxLongLong FbxTCToLegacy(FbxLongLong ticks);
 // Legacy ticks back to ticks, truncating; the inverse of FbxTCToLegacy on whole seconds.
 FbxLongLong FbxTCFromLegacy(FbxLongLong legacyTicks);

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "fbx/scene/fbxanimcurvefilterkeysync.h"
 #include "fbx/scene/fbxanimcurvenode.h"
 #include "fbx/scene/fbxanimlayer.h"
 #include "fbx/scene/fbxmanager.h"
@@ -215,6 +216,33 @@ TEST_F(FbxAnimCurveTest, ReplaceSwapsOnlyTheSpan) {
     copy->CopyFrom(*target);
     EXPECT_EQ(Times(*copy), Times(*target));
     EXPECT_FLOAT_EQ(copy->KeyGetValue(3), 40.0f);
+}
+
+TEST_F(FbxAnimCurveTest, KeySyncMergesInterleavedKeys) {
+    FbxAnimCurve* a = CurveWith({0, 20, 40});
+    FbxAnimCurve* b = CurveWith({10, 30});
+    for (int k = 0; k < 3; ++k) {
+        a->KeySetInterpolation(k, FbxAnimCurveDef::eInterpolationLinear);
+    }
+    a->KeySetRightDerivative(1, 2.5f);
+    b->KeySetFlags(0, FbxAnimCurveDef::eInterpolationConstant);
+    FbxAnimCurve* curves[] = {a, b};
+    ASSERT_TRUE(FbxAnimCurveFilterKeySync().Apply(curves, 2));
+    const std::vector<FbxLongLong> all = {0, 10, 20, 30, 40};
+    EXPECT_EQ(Times(*a), all);
+    EXPECT_EQ(Times(*b), all);
+    // An added key takes the curve's value there and the interpolation of the
+    // key before it (of the first key when it comes first); kept keys keep theirs.
+    EXPECT_FLOAT_EQ(a->KeyGetValue(1), 10.0f);
+    EXPECT_EQ(a->KeyGetFlags(1), 0x2104u);
+    EXPECT_FLOAT_EQ(a->KeyGetRightDerivative(2), 2.5f);
+    EXPECT_FLOAT_EQ(a->KeyGetValue(4), 40.0f);
+    EXPECT_FLOAT_EQ(b->KeyGetValue(0), 10.0f);
+    EXPECT_EQ(b->KeyGetFlags(0), 0x2102u);
+    EXPECT_FLOAT_EQ(b->KeyGetValue(2), 10.0f);
+    EXPECT_EQ(b->KeyGetFlags(2), 0x2102u);
+    EXPECT_FLOAT_EQ(b->KeyGetValue(4), 30.0f);
+    EXPECT_EQ(b->KeyGetFlags(4), 0x2108u);
 }
 
 }  // namespace

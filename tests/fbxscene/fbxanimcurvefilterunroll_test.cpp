@@ -107,6 +107,10 @@ TEST(FbxUnrollV2VRefTest, FlipsAndPlainCases) {
     EXPECT_TRUE(FbxAnimCurveFilterUnroll::V2VRef(out, FbxDouble3(180, 10, 180),
                                                  FbxDouble3(0, 160, 0), FbxEuler::eOrderXYZ));
     EXPECT_NEAR(Distance(out, FbxDouble3(0, 170, 0)), 0.0, 1e-9);
+    // Equally far: the flipped form wins.
+    EXPECT_TRUE(FbxAnimCurveFilterUnroll::V2VRef(out, FbxDouble3(-90, 30, -90),
+                                                 FbxDouble3(0, 90, 0), FbxEuler::eOrderXYZ));
+    EXPECT_EQ(out, FbxDouble3(90, 150, 90));
     EXPECT_FALSE(FbxAnimCurveFilterUnroll::V2VRef(out, FbxDouble3(500, 0, 0), FbxDouble3(0, 0, 0),
                                                   FbxEuler::eOrderSphericXYZ));
     EXPECT_EQ(out, FbxDouble3(500, 0, 0));
@@ -258,6 +262,68 @@ TEST_F(FbxUnrollTest, SynchronisesKeysOfTheThreeCurves) {
         EXPECT_EQ(curve->KeyGetCount(), 3);
     }
     EXPECT_FLOAT_EQ(At(2)[0], 190.0f);
+}
+
+TEST_F(FbxUnrollTest, SpanStartsFromTheKeyBeforeIt) {
+    Key(0, FbxDouble3(170, 0, 0));
+    Key(1, FbxDouble3(-175, 0, 0));
+    Key(2, FbxDouble3(-170, 0, 0));
+    mFilter.SetStartTime(FbxTime(1176000));
+    ASSERT_TRUE(mFilter.Apply(mCurves, 3, &mStatus));
+    EXPECT_EQ(At(0), FbxDouble3(170, 0, 0));
+    EXPECT_EQ(At(1), FbxDouble3(185, 0, 0));
+    EXPECT_EQ(At(2), FbxDouble3(190, 0, 0));
+}
+
+// Seeded random takes in every order, each key keyed as its flipped form or
+// moved by whole turns at random: unrolled, every key is still the take's
+// rotation and consecutive keys are no farther apart than the take's steps.
+TEST_F(FbxUnrollTest, RandomTakesKeepTheirRotationsAndBecomeContinuous) {
+    std::mt19937 random(2024);
+    std::uniform_real_distribution<double> step(-8.0, 8.0);
+    for (FbxEuler::EOrder order : kOrders) {
+        SCOPED_TRACE(testing::Message() << "order " << order);
+        int a = 0, b = 1, c = 2;
+        FbxEuler::GetAxes(order, a, b, c);
+        FbxAnimCurve* curves[3];
+        for (FbxAnimCurve*& curve : curves) {
+            curve = FbxAnimCurve::Create(mScene, "");
+        }
+        std::vector<FbxDouble3> take;
+        FbxDouble3 angles(20 * step(random), 20 * step(random), 20 * step(random));
+        for (int i = 0; i < 300; ++i) {
+            FbxDouble3 keyed = angles;
+            if (random() % 2) {
+                keyed[a] += 180.0, keyed[b] = 180.0 - keyed[b], keyed[c] += 180.0;
+            }
+            for (int k = 0; k < 3; ++k) {
+                keyed[k] += 360.0 * (static_cast<int>(random() % 5) - 2);
+                const int key = curves[k]->KeyAdd(FbxTime(i * 1176000LL));
+                curves[k]->KeySetValue(key, static_cast<float>(keyed[k]));
+            }
+            take.push_back(angles);
+            for (int k = 0; k < 3; ++k) {
+                angles[k] += step(random);
+            }
+        }
+        mFilter.SetRotationOrder(order);
+        ASSERT_TRUE(mFilter.Apply(curves, 3, &mStatus));
+        double worstRotation = 0.0;
+        double worstStep = 0.0;
+        FbxDouble3 previous;
+        for (int i = 0; i < 300; ++i) {
+            const FbxDouble3 out(curves[0]->KeyGetValue(i), curves[1]->KeyGetValue(i),
+                                 curves[2]->KeyGetValue(i));
+            worstRotation = std::max(
+                worstRotation, MatrixDistance(Rotation(out, order), Rotation(take[i], order)));
+            for (int k = 0; i > 0 && k < 3; ++k) {
+                worstStep = std::max(worstStep, std::abs(out[k] - previous[k]));
+            }
+            previous = out;
+        }
+        EXPECT_LT(worstRotation, 1e-5);
+        EXPECT_LE(worstStep, 8.0 + 1e-3);
+    }
 }
 
 }  // namespace

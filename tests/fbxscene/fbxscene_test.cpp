@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <vector>
 
@@ -111,6 +112,52 @@ TEST_F(FbxSceneTest, FindNodeByNameAnswersLikeAScanInMembershipOrder) {
     EXPECT_EQ(null->GetScene(), mScene);
     mScene->RemoveMember(leaf);
     EXPECT_EQ(mScene->FindNodeByName("Leaf"), nullptr);
+}
+
+FbxNode* ScanForNode(const FbxScene& scene, const char* name) {
+    for (int i = 0; i < scene.GetSrcObjectCount<FbxNode>(); ++i) {
+        if (scene.GetSrcObject<FbxNode>(i)->GetNameString() == name) {
+            return scene.GetSrcObject<FbxNode>(i);
+        }
+    }
+    return nullptr;
+}
+
+// Seeded random edits over two scenes (nodes made in one and connected to the
+// other too): the index answers like a scan of the connected nodes in order.
+TEST_F(FbxSceneTest, FindNodeByNameMatchesAScanThroughEdits) {
+    FbxScene* other = FbxScene::Create(mManager, "other");
+    FbxScene* scenes[] = {mScene, other};
+    const char* names[] = {"Hips", "hips", "Spine", "Head"};
+    std::vector<FbxNode*> nodes;
+    std::mt19937 random(11);
+    auto pick = [&](size_t n) { return static_cast<size_t>(random() % n); };
+    for (int step = 0; step < 600; ++step) {
+        FbxNode* node = nodes.empty() ? nullptr : nodes[pick(nodes.size())];
+        FbxScene* scene = scenes[pick(2)];
+        switch (node ? pick(5) : 0) {
+            case 0:
+                nodes.push_back(FbxNode::Create(scene, names[pick(4)]));
+                break;
+            case 1:
+                node->SetName(names[pick(4)]);
+                break;
+            case 2:
+                std::erase(nodes, node);
+                node->Destroy();
+                break;
+            case 3:
+                node->IsConnectedDstObject(scene) ? scene->RemoveMember(node)
+                                                  : scene->AddMember(node);
+                break;
+            default:
+                nodes[pick(nodes.size())]->AddChild(node);
+        }
+        for (const char* name : names) {
+            ASSERT_EQ(mScene->FindNodeByName(name), ScanForNode(*mScene, name)) << step;
+            ASSERT_EQ(other->FindNodeByName(name), ScanForNode(*other, name)) << step;
+        }
+    }
 }
 
 TEST_F(FbxSceneTest, AttributesDecideTheRecordSubTypes) {

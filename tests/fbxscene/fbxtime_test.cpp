@@ -104,6 +104,9 @@ TEST(FbxTimeTest, LegacyTicks) {
     const FbxLongLong tenHours = 10 * FBXSDK_TC_HOUR + 1176000;
     EXPECT_EQ(FbxTCToLegacy(tenHours), 36000LL * 46186158000LL + 384884650);
     EXPECT_EQ(FbxTCFromLegacy(FbxTCToLegacy(tenHours)), tenHours);
+    // Whole seconds are a 32-bit count: 2^32 + 1 seconds wrap to one second.
+    EXPECT_EQ(FbxTCToLegacy(((1LL << 32) + 1) * FBXSDK_TC_SECOND), 46186158000LL);
+    EXPECT_EQ(FbxTCToLegacy(-((1LL << 32) + 1) * FBXSDK_TC_SECOND), -46186158000LL);
     EXPECT_EQ(FbxTCGetDefinition(), 127);
 }
 
