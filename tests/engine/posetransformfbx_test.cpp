@@ -61,6 +61,17 @@ TEST(PoseTransformFbx, SegmentOrderFingersAndProps) {
     EXPECT_EQ(fingers[31], std::pair(41, 40));  // pinky 3
     EXPECT_EQ(fingers[35].first, 10);
     EXPECT_EQ(fingers[36], std::pair(27 + 15, 10));  // right thumb 1
+
+    // A prop hung from a prop the take does not hold: its parent is never posed, and the frame
+    // must not read past the per-pose lists.
+    PoseTransformFbx orphan(poseObject(restPose(27)), KexJointArray({{26, 23}}), Naming_Default);
+    EXPECT_EQ(tree(orphan).back(), std::pair(23, 26));
+    PoseData holder = restPose(27);
+    holder.positions[23] = NuVector3(1, 2, 3);
+    orphan.transform(poseObject(holder));
+    nuvia::Vector3 t, r;
+    orphan.getSegmentPose(orphan.getSegmentCount() - 1, t, r);
+    EXPECT_EQ(std::tuple(t[0], t[1], t[2]), std::tuple(2.0, 3.0, 1.0));
 }
 
 TEST(PoseTransformFbx, LocalTransformsOnFbxAxes) {

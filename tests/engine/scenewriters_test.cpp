@@ -67,6 +67,18 @@ TEST(SkeletonPreset, BuildsTheSkeletonInBothNamings) {
         EXPECT_EQ(joint->InheritType.Get(), FbxTransform::eInheritRSrs);
         probe.finalize(true);
     }
+
+    // A prop the joint list hangs from itself has no parent made before it: it joins the root.
+    FakeHost host;
+    loadRigidTake(host, {.frames = 2, .props = 1});
+    host.joints.back().parentSegment = 23;
+    LocalProbe probe(host);
+    probe.run();
+    const FbxNode* prop = probe.node("Prop1");
+    ASSERT_TRUE(prop && prop->GetParent());
+    EXPECT_STREQ(prop->GetParent()->GetName(), "Reference");
+    EXPECT_EQ(probe.keyCount("Prop1"), 2);
+    probe.finalize(true);
 }
 
 TEST(SkeletonPreset, StartsInTheCalibrationPoseAndKeysRotations) {

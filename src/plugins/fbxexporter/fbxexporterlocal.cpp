@@ -51,14 +51,14 @@ bool FbxExporterLocal::initScene(const QString& name) {
         m_poseTransform->getSegmentMeta(i, segmentName, poseIndex, parentIndex);
         m_poseTransform->getSegmentPose(i, t, r);
         names.append(segmentName);
+        // Parents come first in the skeleton's order; a joint whose parent is not made yet (a
+        // prop the joint list hangs from itself, say) hangs from the root.
+        FbxNode* parent = nodeOfPoseIndex.value(parentIndex, root);
         FbxNode* node = createJoint(segmentName);
         nodeOfPoseIndex.insert(poseIndex, node);
         node->LclTranslation.Set(
             FbxDouble3(m_outputScale * t[0], m_outputScale * t[1], m_outputScale * t[2]));
         node->LclRotation.Set(FbxDouble3(r[0], r[1], r[2]));
-        // Parents come first in the skeleton's order; a joint whose parent is not made hangs
-        // from the root.
-        FbxNode* parent = nodeOfPoseIndex.value(parentIndex, root);
         parent->AddChild(node);
     }
     setSegmentNames(names);

@@ -56,10 +56,15 @@ PoseTransformFbx::PoseTransformFbx(const ZavoPoseObject& pose, const KexJointArr
         m_rightFingerPoseIndex[k] = firstFinger + ExportedFingersPerHand + slot;
     }
 
-    // Pose indices are not export positions: size the lists to reach the largest of them
-    // (and the hands, which finger joints read).
-    int size = std::max(LeftHandSegment, RightHandSegment) + 1;
-    for (int code : m_segmentMap) size = std::max(size, poseIndexOf(code) + 1);
+    // Pose indices are not export positions: size the lists to reach the largest of them,
+    // parents included (a prop may hang from a prop the take does not hold).
+    int size = 0;
+    for (int i = 0; i < getSegmentCount(); ++i) {
+        QString name;
+        int index = -1, parent = -1;
+        getSegmentMeta(i, name, index, parent);
+        size = std::max({size, index + 1, parent + 1});
+    }
     m_translations.resize(size);
     m_globalOrientations.resize(size, nuvia::Quaternion(0, 0, 0, 0));
     m_localOrientations.resize(size, nuvia::Quaternion(0, 0, 0, 0));
