@@ -18,7 +18,7 @@
 // (Failed(), ErrorText()) and makes every later write a no-op.
 class FbxFileStream {
 public:
-    explicit FbxFileStream(size_t bufferSize = 64 * 1024);
+    explicit FbxFileStream(size_t bufferSize = 64 * 1024) { SetBufferSize(bufferSize); }
     ~FbxFileStream();
     FbxFileStream(const FbxFileStream&) = delete;
     FbxFileStream& operator=(const FbxFileStream&) = delete;
@@ -27,6 +27,8 @@ public:
     // created; the target is untouched then.
     bool Open(const std::string& target);
     bool IsOpen() const { return mFd >= 0; }
+    // Takes effect at the next Open(); 0 makes every write a system call.
+    void SetBufferSize(size_t bytes) { mCapacity = bytes > 0 ? bytes : 1; }
 
     void Write(const void* data, size_t size);
     void Write(const std::string& text) { Write(text.data(), text.size()); }
@@ -53,7 +55,7 @@ private:
     bool WriteAllAt(const char* data, size_t size, uint64_t position);
 
     std::vector<char> mBuffer;
-    size_t mCapacity;
+    size_t mCapacity = 1;
     uint64_t mFlushed = 0;
     int mFd = -1;
     int mErrno = 0;

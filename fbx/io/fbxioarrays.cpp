@@ -1,0 +1,280 @@
+// Array values of FbxIO: binary (raw or zlib-compressed) and ASCII.
+#include <zlib.h>
+
+#include <cstring>
+#include <limits>
+
+#include "fbx/io/fbxio.h"
+#include "fbx/io/fbxnumbertext.h"
+
+// The letter and element size of one array type, and its ASCII element form.
+struct FbxIOArrayType {
+    char code;
+    size_t size;
+    void (*append)(const uint8_t* element, std::string& out);
+};
+
+namespace {
+
+constexpr size_t kChunkElements = 4096;
+constexpr size_t kAsciiArrayLine = 2048;
+constexpr uint32_t kMaxArrayBytes = std::numeric_limits<uint32_t>::max();
+
+template <typename T>
+void AppendElement(const uint8_t* element, std::string& out) {
+    T value;
+    std::memcpy(&value, element, sizeof value);
+    if constexpr (sizeof(T) == 1) {
+        out += FbxNumberText(int{value}).View();
+    } else {
+        out += FbxNumberText(value).View();
+    }
+}
+
+template <typename T, char Code>
+constexpr FbxIOArrayType kArray{Code, sizeof(T), &AppendElement<T>};
+
+// One zlib stream written straight into the file, piece by piece.
+class Deflater {
+public:
+    explicit Deflater(FbxFileStream& out) : mOut(out) {}
+    ~Deflater() {
+        if (mStarted) deflateEnd(&mZ);
+    }
+
+    bool Start(int level) {
+        mStarted = deflateInit(&mZ, level) == Z_OK;
+        return mStarted;
+    }
+    bool Feed(const uint8_t* data, size_t size) {
+        mZ.next_in = const_cast<Bytef*>(data);
+        mZ.avail_in = static_cast<uInt>(size);
+        bool ended = false;
+        while (mZ.avail_in > 0) {
+            if (!Step(Z_NO_FLUSH, ended)) return false;
+        }
+        return true;
+    }
+    bool Finish() {
+        bool ended = false;
+        while (!ended) {
+            if (!Step(Z_FINISH, ended)) return false;
+        }
+        mStarted = false;
+        return deflateEnd(&mZ) == Z_OK;
+    }
+    uint64_t Written() const { return mWritten; }
+
+private:
+    // One deflate call into the buffer, whose output goes to the file. Each result code is
+    // judged on its own: Z_BUF_ERROR only means no progress was possible this time.
+    bool Step(int flush, bool& ended) {
+        mZ.next_out = mBuffer;
+        mZ.avail_out = sizeof mBuffer;
+        const int result = deflate(&mZ, flush);
+        const size_t produced = sizeof mBuffer - mZ.avail_out;
+        switch (result) {
+            case Z_STREAM_END:
+                ended = true;
+                break;
+            case Z_OK:
+                break;
+            case Z_BUF_ERROR:
+                if (produced == 0) return false;
+                break;
+            default:
+                return false;
+        }
+        mOut.Write(mBuffer, produced);
+        mWritten += produced;
+        return true;
+    }
+
+    FbxFileStream& mOut;
+    z_stream mZ{};
+    bool mStarted = false;
+    uint64_t mWritten = 0;
+    Bytef mBuffer[16384];
+};
+
+}  // namespace
+
+void FbxIO::FieldWriteArray(const FbxIOArrayType& type, size_t count, const RawSource& source) {
+    if (!BeginValue()) return;
+    if (count > kMaxArrayBytes / type.size) {
+        mStatus.SetCode(FbxStatus::eInvalidParameter, "Array too large");
+        return;
+    }
+    mArrayChunk.resize(kChunkElements * type.size);
+    if (mBinary) {
+        BinaryArray(type, count, source);
+    } else {
+        AsciiArray(type, count, source);
+    }
+    CheckStream();
+}
+
+// Type letter, then count, encoding and stored length, then the data. The stored length is
+// known only after compressing, so the header is patched then.
+void FbxIO::BinaryArray(const FbxIOArrayType& type, size_t count, const RawSource& source) {
+    const uint64_t raw = count * type.size;
+    const uint64_t minimum =
+        static_cast<uint64_t>(mCompressMinimumSize > 0 ? mCompressMinimumSize : 0);
+    const bool compress = mCompressArrays && raw > 1023 && raw >= minimum;
+    mStream.WriteByte(static_cast<uint8_t>(type.code));
+    const uint64_t headerAt = mStream.Tell();
+    uint32_t header[3] = {static_cast<uint32_t>(count), compress ? 1u : 0u,
+                          static_cast<uint32_t>(raw)};
+    mStream.Write(header, sizeof header);
+    const uint64_t stored = BinaryArrayData(type, count, source, compress);
+    if (mStatus.Error()) return;
+    if (stored > kMaxArrayBytes) {
+        mStatus.SetCode(FbxStatus::eInvalidParameter, "Array too large");
+        return;
+    }
+    if (stored != raw) {
+        header[2] = static_cast<uint32_t>(stored);
+        mStream.Patch(headerAt, header, sizeof header);
+    }
+    if (!mImpl->AddValue(1 + sizeof header + stored)) {
+        mStatus.SetCode(FbxStatus::eFailure, "File too large for its record headers");
+    }
+}
+
+uint64_t FbxIO::BinaryArrayData(const FbxIOArrayType& type, size_t count, const RawSource& source,
+                                bool compress) {
+    Deflater deflater(mStream);
+    if (compress && !deflater.Start(mCompressLevel)) {
+        mStatus.SetCode(FbxStatus::eFailure, "Error writing compressed array data");
+        return 0;
+    }
+    for (size_t first = 0; first < count; first += kChunkElements) {
+        const size_t n = std::min(kChunkElements, count - first);
+        source(mArrayChunk.data(), first, n);
+        if (!compress) {
+            mStream.Write(mArrayChunk.data(), n * type.size);
+        } else if (!deflater.Feed(mArrayChunk.data(), n * type.size)) {
+            mStatus.SetCode(FbxStatus::eFailure, "Error writing compressed array data");
+            return 0;
+        }
+    }
+    if (compress && !deflater.Finish()) {
+        mStatus.SetCode(FbxStatus::eFailure, "Error writing compressed array data");
+        return 0;
+    }
+    return compress ? deflater.Written() : count * type.size;
+}
+
+// "*<count> {", the elements on an "a: " line one tab deeper, then "}". Long element lists
+// continue on lines that start in column 0, the form every ASCII reader accepts.
+void FbxIO::AsciiArray(const FbxIOArrayType& type, size_t count, const RawSource& source) {
+    Level& level = mLevels.back();
+    if (level.values > 0) mStream.WriteByte(',');
+    mStream.Write("*" + std::to_string(count) + " {\n" + AsciiIndent() + "\ta: ");
+    std::string text;
+    size_t lineLength = 0;
+    for (size_t first = 0; first < count; first += kChunkElements) {
+        const size_t n = std::min(kChunkElements, count - first);
+        source(mArrayChunk.data(), first, n);
+        for (size_t i = 0; i < n; ++i) {
+            if (first + i > 0) {
+                text += ',';
+                ++lineLength;
+            }
+            if (lineLength > kAsciiArrayLine) {
+                text += '\n';
+                lineLength = 0;
+            }
+            const size_t before = text.size();
+            type.append(mArrayChunk.data() + i * type.size, text);
+            lineLength += text.size() - before;
+        }
+        mStream.Write(text);
+        text.clear();
+    }
+    mStream.Write("\n" + AsciiIndent() + "}");
+    ++level.values;
+}
+
+template <typename T>
+void FbxIO::FieldWritePacked(const FbxIOArrayType& type, int count, const T* values,
+                             int valuesPerElement, int stride) {
+    if (count < 0 || valuesPerElement < 1 || stride < 0 || (count > 0 && !values)) {
+        if (Ready()) mStatus.SetCode(FbxStatus::eInvalidParameter, "Invalid array");
+        return;
+    }
+    const size_t per = static_cast<size_t>(valuesPerElement);
+    const size_t elementBytes = stride > 0 ? static_cast<size_t>(stride) : per * sizeof(T);
+    const auto* base = reinterpret_cast<const uint8_t*>(values);
+    FieldWriteArray(type, static_cast<size_t>(count) * per, [&](void* out, size_t first, size_t n) {
+        auto* target = static_cast<uint8_t*>(out);
+        if (stride == 0) {
+            std::memcpy(target, base + first * sizeof(T), n * sizeof(T));
+            return;
+        }
+        for (size_t i = 0; i < n; ++i) {
+            const size_t index = first + i;
+            const uint8_t* from = base + index / per * elementBytes + index % per * sizeof(T);
+            std::memcpy(target + i * sizeof(T), from, sizeof(T));
+        }
+    });
+}
+
+void FbxIO::FieldWriteArrayD(int count, const double* values, int perElement, int stride) {
+    FieldWritePacked(kArray<double, 'd'>, count, values, perElement, stride);
+}
+void FbxIO::FieldWriteArrayF(int count, const float* values, int perElement, int stride) {
+    FieldWritePacked(kArray<float, 'f'>, count, values, perElement, stride);
+}
+void FbxIO::FieldWriteArrayI(int count, const int* values, int perElement, int stride) {
+    FieldWritePacked(kArray<int32_t, 'i'>, count, values, perElement, stride);
+}
+void FbxIO::FieldWriteArrayUI(int count, const unsigned int* values, int perElement, int stride) {
+    FieldWritePacked(kArray<uint32_t, 'i'>, count, values, perElement, stride);
+}
+void FbxIO::FieldWriteArrayLL(int count, const long long* values, int perElement, int stride) {
+    FieldWritePacked(kArray<int64_t, 'l'>, count, values, perElement, stride);
+}
+void FbxIO::FieldWriteArrayULL(int count, const unsigned long long* values, int perElement,
+                               int stride) {
+    FieldWritePacked(kArray<uint64_t, 'l'>, count, values, perElement, stride);
+}
+void FbxIO::FieldWriteArrayB(int count, const bool* values, int perElement, int stride) {
+    FieldWritePacked(kArray<uint8_t, 'b'>, count, values, perElement, stride);
+}
+void FbxIO::FieldWriteArrayBytes(int count, const unsigned char* values, int perElement,
+                                 int stride) {
+    FieldWritePacked(kArray<uint8_t, 'c'>, count, values, perElement, stride);
+}
+void FbxIO::FieldWriteArraySBytes(int count, const signed char* values, int perElement,
+                                  int stride) {
+    FieldWritePacked(kArray<int8_t, 'c'>, count, values, perElement, stride);
+}
+void FbxIO::FieldWriteArrayShort(int count, const short* values, int perElement, int stride) {
+    FieldWritePacked(kArray<int16_t, 'h'>, count, values, perElement, stride);
+}
+void FbxIO::FieldWriteArrayUShort(int count, const unsigned short* values, int perElement,
+                                  int stride) {
+    FieldWritePacked(kArray<uint16_t, 'h'>, count, values, perElement, stride);
+}
+
+void FbxIO::FieldWriteArrayD(size_t count, const ArraySource<double>& source) {
+    FieldWriteArray(kArray<double, 'd'>, count, [&](void* out, size_t first, size_t n) {
+        source(static_cast<double*>(out), first, n);
+    });
+}
+void FbxIO::FieldWriteArrayF(size_t count, const ArraySource<float>& source) {
+    FieldWriteArray(kArray<float, 'f'>, count, [&](void* out, size_t first, size_t n) {
+        source(static_cast<float*>(out), first, n);
+    });
+}
+void FbxIO::FieldWriteArrayI(size_t count, const ArraySource<int32_t>& source) {
+    FieldWriteArray(kArray<int32_t, 'i'>, count, [&](void* out, size_t first, size_t n) {
+        source(static_cast<int32_t*>(out), first, n);
+    });
+}
+void FbxIO::FieldWriteArrayLL(size_t count, const ArraySource<int64_t>& source) {
+    FieldWriteArray(kArray<int64_t, 'l'>, count, [&](void* out, size_t first, size_t n) {
+        source(static_cast<int64_t*>(out), first, n);
+    });
+}

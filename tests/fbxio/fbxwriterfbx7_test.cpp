@@ -1,0 +1,353 @@
+#include <sys/stat.h>
+
+#include <cstring>
+#include <map>
+#include <set>
+
+#include "fbx/io/fbxsourcecheck.h"
+#include "fbx/scene/fbxanimcurve.h"
+#include "fbx/scene/fbxanimlayer.h"
+#include "fbx/scene/fbxanimstack.h"
+#include "fbx/scene/fbxnode.h"
+#include "fbx/scene/fbxscene.h"
+#include "tests/fbxio/fbxio_export_util.h"
+#include "tests/fbxio/fbxio_test_util.h"
+
+namespace {
+
+using fbxtest::AnimatedSceneShape;
+using fbxtest::BuildAnimatedScene;
+using fbxtest::Export;
+using fbxtest::ExportRequest;
+using fbxtest::File;
+using fbxtest::ManagerScope;
+using fbxtest::Record;
+using fbxtest::TempDir;
+using fbxtest::Texts;
+using Strings = std::vector<std::string>;
+
+Strings Names(const std::vector<Record>& records) {
+    Strings names;
+    for (const Record& record : records) names.push_back(record.name);
+    return names;
+}
+
+// "Hips\0\x01Model": how binary files store "Model::Hips".
+std::string Swapped(const std::string& className, const std::string& name) {
+    return name + std::string("\0\x01", 2) + className;
+}
+
+const Record* FindObject(const File& file, const std::string& type, const std::string& name) {
+    for (const Record* record : file.Find("Objects")->Children(type)) {
+        if (record->values[1].String() == name) return record;
+    }
+    return nullptr;
+}
+
+// Exports `scene` as a binary file and reads it back with the structural reader.
+File WriteBinary(ManagerScope& manager, FbxDocument* scene, const TempDir& dir,
+                 const ExportRequest& request = {}) {
+    const std::string path = dir.File("scene.fbx");
+    EXPECT_EQ("", Export(manager.get(), scene, path, request));
+    return fbxtest::ReadChecked(path);
+}
+
+std::string WriteAscii(ManagerScope& manager, FbxDocument* scene, const TempDir& dir) {
+    ExportRequest request;
+    request.ascii = true;
+    EXPECT_EQ("", Export(manager.get(), scene, dir.File("scene.fbx"), request));
+    return fbxtest::ReadText(dir.File("scene.fbx"));
+}
+
+TEST(FbxWriterFbx7, SectionsHeaderAndDefinitions) {
+    TempDir dir;
+    ManagerScope manager;
+    const File file = WriteBinary(manager, BuildAnimatedScene(manager.get(), {2, true, 5}), dir);
+    EXPECT_EQ(
+        (Strings{"FBXHeaderExtension", "FileId", "CreationTime", "Creator", "GlobalSettings",
+                 "Documents", "References", "Definitions", "Objects", "Connections", "Takes"}),
+        Names(file.root.children));
+    const Record* header = file.Find("FBXHeaderExtension");
+    EXPECT_EQ((Strings{"FBXHeaderVersion", "FBXVersion", "EncryptionType", "CreationTimeStamp",
+                       "Creator", "OtherFlags", "SceneInfo"}),
+              Names(header->children));
+    EXPECT_EQ(Strings{"I1004"}, Texts(header->Find("FBXHeaderVersion")->values));
+    EXPECT_EQ(Strings{"I127"}, Texts(header->Find("OtherFlags/TCDefinition")->values));
+    EXPECT_EQ(Strings{"SNuvia FBX Writer version 2026.4.0"},
+              Texts(header->Find("Creator")->values));
+    EXPECT_EQ((Strings{"S" + Swapped("SceneInfo", "SceneInfo"), "SUserData"}),
+              Texts(header->Find("SceneInfo")->values));
+    EXPECT_EQ(Strings{"STest scene"}, Texts(header->Find("SceneInfo/MetaData/Title")->values));
+
+    // Deterministic files take every time-derived byte from the zero time.
+    for (const Record& field : header->Find("CreationTimeStamp")->children) {
+        EXPECT_EQ(field.name == "Version" ? 1000 : 0, field.values[0].Int()) << field.name;
+    }
+    const FbxSourceCheckBlock fileId = FbxFileIdBlock(FbxCreationTime{});
+    EXPECT_EQ(std::string(fileId.begin(), fileId.end()), file.Find("FileId")->values[0].String());
+    const FbxSourceCheckBlock footer = FbxFooterSourceCheckBlock(FbxCreationTime{});
+    EXPECT_EQ(0, std::memcmp(footer.data(), file.footerCheck, 16));
+    EXPECT_EQ(Strings{"S0000-01-01 00:00:00:000"}, Texts(file.Find("CreationTime")->values));
+    EXPECT_EQ(Strings{"SNuvia FBX Writer version 2026.4.0 build=0"},
+              Texts(file.Find("Creator")->values));
+
+    EXPECT_EQ(20u, file.Find("GlobalSettings/Properties70")->children.size());
+    EXPECT_EQ((Strings{"L0", "SMy Scene", "SScene"}),
+              Texts(file.Find("Documents/Document")->values));
+    EXPECT_EQ(Strings{"L0"}, Texts(file.Find("Documents/Document/RootNode")->values));
+    EXPECT_TRUE(file.Find("References")->hasBlock);
+
+    // The total counts the global settings too; one template per type that has one.
+    const Record* definitions = file.Find("Definitions");
+    EXPECT_EQ(Strings{"I25"}, Texts(definitions->Find("Count")->values));
+    Strings types;
+    for (const Record* type : definitions->Children("ObjectType")) {
+        const Record* propertyTemplate = type->Child("PropertyTemplate");
+        types.push_back(type->values[0].String() + " " + type->Child("Count")->values[0].Text() +
+                        (propertyTemplate ? " " + propertyTemplate->values[0].String() : ""));
+    }
+    EXPECT_EQ((Strings{"GlobalSettings I1", "NodeAttribute I3 FbxSkeleton", "Model I3 FbxNode",
+                       "AnimationStack I1 FbxAnimStack", "AnimationLayer I1 FbxAnimLayer",
+                       "AnimationCurveNode I4 FbxAnimCurveNode", "AnimationCurve I12"}),
+              types);
+}
+
+TEST(FbxWriterFbx7, ObjectRecordsPropertiesAndCurves) {
+    TempDir dir;
+    ManagerScope manager;
+    FbxScene* scene = BuildAnimatedScene(manager.get(), {2, true, 5});
+    FbxProperty custom = FbxProperty::Create(
+        scene->FindNodeByName("Joint01"), FbxDoubleDT, "Stiffness",
+        FbxPropertyFlags::eAnimatable | FbxPropertyFlags::eUserDefined | FbxPropertyFlags::eHidden);
+    custom.Set(0.5);
+    custom.SetMinLimit(0.0);
+    custom.SetMaxLimit(1.0);
+    custom.SetLockBits(12);
+    scene->FindNodeByName("Joint01")->LclTranslation.Set(FbxDouble3(1, 2.5, -3));
+    const File file = WriteBinary(manager, scene, dir);
+    // Attributes, then models, then the animation objects in the document's order.
+    const Strings order = Names(file.Find("Objects")->children);
+    EXPECT_EQ((Strings{"NodeAttribute", "NodeAttribute", "NodeAttribute", "Model", "Model", "Model",
+                       "AnimationStack", "AnimationLayer", "AnimationCurveNode"}),
+              Strings(order.begin(), order.begin() + 9));
+
+    const Record* model = FindObject(file, "Model", Swapped("Model", "Joint01"));
+    ASSERT_NE(nullptr, model);
+    EXPECT_EQ("SLimbNode", model->values[2].Text());
+    EXPECT_EQ((Strings{"Version", "Properties70", "Shading", "Culling"}), Names(model->children));
+    EXPECT_EQ(Strings{"C89"}, Texts(model->Child("Shading")->values)) << "the letter Y";
+    // Only what differs from the FbxNode template, with type strings, flags and limits.
+    Strings properties;
+    for (const Record& p : model->Child("Properties70")->children) {
+        std::string line;
+        for (const std::string& value : Texts(p.values)) line += value + " ";
+        properties.push_back(line);
+    }
+    EXPECT_EQ((Strings{"SInheritType Senum S S I1 ", "SDefaultAttributeIndex Sint SInteger S I0 ",
+                       "SLcl Translation SLcl Translation S SA+ D1 D2.5 D-3 ",
+                       "SStiffness SNumber S SAUHLc D0.5 D0 D1 "}),
+              properties);
+
+    const Record* root = FindObject(file, "NodeAttribute", Swapped("NodeAttribute", "Reference"));
+    ASSERT_NE(nullptr, root);
+    EXPECT_EQ((Strings{"SNull", "SSkeleton", "SRoot"}), Texts(root->Child("TypeFlags")->values));
+    const Record* layer = FindObject(file, "AnimationLayer", Swapped("AnimLayer", "Base Layer"));
+    ASSERT_NE(nullptr, layer);
+    EXPECT_TRUE(layer->hasBlock && layer->children.empty()) << "equal to its template";
+
+    const Record* curve = file.Find("Objects/AnimationCurve");
+    EXPECT_EQ("S" + Swapped("AnimCurve", ""), curve->values[1].Text());
+    EXPECT_EQ((Strings{"Default", "KeyVer", "KeyTime", "KeyValueFloat", "KeyAttrFlags",
+                       "KeyAttrDataFloat", "KeyAttrRefCount"}),
+              Names(curve->children));
+    EXPECT_EQ(Strings{"I4009"}, Texts(curve->Child("KeyVer")->values));
+    EXPECT_EQ(Strings{"l[0,384884650,769769300,1154653950,1539538600]"},
+              Texts(curve->Child("KeyTime")->values));
+    EXPECT_EQ(Strings{"i[8452]"}, Texts(curve->Child("KeyAttrFlags")->values));
+    EXPECT_EQ(Strings{"f[0,0,4.09994609e-31,0]"}, Texts(curve->Child("KeyAttrDataFloat")->values))
+        << "weights 3333/3333 packed into one word";
+    EXPECT_EQ(Strings{"i[5]"}, Texts(curve->Child("KeyAttrRefCount")->values));
+}
+
+TEST(FbxWriterFbx7, KeyAttributesShareRunsOfConsecutiveKeysOnly) {
+    TempDir dir;
+    ManagerScope manager;
+    FbxScene* scene = FbxScene::Create(manager.get(), "My Scene");
+    FbxAnimLayer* layer = FbxAnimLayer::Create(scene, "Layer");
+    FbxAnimStack::Create(scene, "Take")->AddMember(layer);
+    FbxNode* node = FbxNode::Create(scene, "Node");
+    scene->GetRootNode()->AddChild(node);
+    FbxAnimCurve* curve = node->LclRotation.GetCurve(layer, "Lcl Rotation", "X", true);
+    for (int i = 0; i < 5; ++i) {
+        curve->KeySetInterpolation(curve->KeyAdd(fbxtest::KeyTime(i)),
+                                   i == 3 ? FbxAnimCurveDef::eInterpolationConstant
+                                          : FbxAnimCurveDef::eInterpolationLinear);
+    }
+    node->LclRotation.GetCurve(layer, "Lcl Rotation", "Y", true);  // keyless
+
+    const File file = WriteBinary(manager, scene, dir);
+    const auto curves = file.Find("Objects")->Children("AnimationCurve");
+    ASSERT_EQ(2u, curves.size());
+    EXPECT_EQ(Strings{"i[3,1,1]"}, Texts(curves[0]->Child("KeyAttrRefCount")->values));
+    EXPECT_EQ(Strings{"Default"}, Names(curves[1]->children)) << "no keys: only the default";
+    const std::string text = WriteAscii(manager, scene, dir);
+    EXPECT_NE(std::string::npos,
+              text.find("\t\t;KeyAttrFlags: Linear, Constant|ConstantNext, Linear\n"
+                        "\t\tKeyAttrFlags: *3 {\n\t\t\ta: 8452,8450,8452\n\t\t}\n"
+                        "\t\tKeyAttrDataFloat: *12 {\n"
+                        "\t\t\ta: 0,0,218434821,0,0,0,218434821,0,0,0,218434821,0\n"
+                        "\t\t}\n\t\tKeyAttrRefCount: *3 {\n\t\t\ta: 3,1,1\n\t\t}\n"))
+        << text;
+}
+
+TEST(FbxWriterFbx7, ConnectionsAndTakes) {
+    TempDir dir;
+    ManagerScope manager;
+    const File file =
+        WriteBinary(manager, BuildAnimatedScene(manager.get(), {2, true, 3, "My\tTake 1"}), dir);
+    std::map<int64_t, std::string> names{{0, "RootNode"}};
+    for (const Record& object : file.Find("Objects")->children) {
+        names[object.values[0].Int()] = object.values[1].String();
+    }
+    std::set<std::string> links;
+    for (const Record& c : file.Find("Connections")->children) {
+        links.insert(c.values[0].String() + " " + names[c.values[1].Int()] + " -> " +
+                     names[c.values[2].Int()] +
+                     (c.values.size() > 3 ? " " + c.values[3].String() : ""));
+    }
+    EXPECT_EQ(27u, file.Find("Connections")->children.size());
+    for (const std::string& expected : Strings{
+             "OO " + Swapped("Model", "Reference") + " -> RootNode",
+             "OO " + Swapped("Model", "Joint02") + " -> " + Swapped("Model", "Joint01"),
+             "OO " + Swapped("NodeAttribute", "Joint01") + " -> " + Swapped("Model", "Joint01"),
+             "OO " + Swapped("AnimLayer", "Base Layer") + " -> " +
+                 Swapped("AnimStack", "My\tTake 1"),
+             "OO " + Swapped("AnimCurveNode", "T") + " -> " + Swapped("AnimLayer", "Base Layer"),
+             "OP " + Swapped("AnimCurveNode", "R") + " -> " + Swapped("Model", "Joint02") +
+                 " Lcl Rotation",
+             "OP " + Swapped("AnimCurve", "") + " -> " + Swapped("AnimCurveNode", "R") + " d|Z"}) {
+        EXPECT_EQ(1u, links.count(expected)) << expected;
+    }
+    const Record* takes = file.Find("Takes");
+    EXPECT_EQ(Strings{"SMy\tTake 1"}, Texts(takes->Child("Current")->values));
+    EXPECT_EQ(Strings{"SMy_Take_1.tak"}, Texts(takes->Find("Take/FileName")->values));
+    EXPECT_EQ((Strings{"L0", "L769769300"}), Texts(takes->Find("Take/LocalTime")->values));
+    EXPECT_EQ((Strings{"L0", "L769769300"}), Texts(takes->Find("Take/ReferenceTime")->values));
+}
+
+TEST(FbxWriterFbx7, AsciiBannersCommentsAndKeyData) {
+    TempDir dir;
+    ManagerScope manager;
+    const std::string text =
+        WriteAscii(manager, BuildAnimatedScene(manager.get(), {1, true, 2}), dir);
+    const std::string dashes(66, '-');
+    for (const std::string& expected :
+         Strings{"; FBX 7.7.0 project file\n", "}\nGlobalSettings:  {\n\tVersion: 1000\n",
+                 "\n; Documents Description\n;" + dashes + "\n\nDocuments:  {\n",
+                 "\n; Object definitions\n;" + dashes + "\n\nDefinitions:  {\n",
+                 "\n; Object properties\n;" + dashes + "\n\nObjects:  {\n",
+                 "\n; Object connections\n;" + dashes + "\n\nConnections:  {\n",
+                 "\n;Takes section\n;" + std::string(52, '-') + "\n\nTakes:  {\n",
+                 "\t\n\t;Model::Reference, Model::RootNode\n\tC: \"OO\",6,0\n",
+                 "\t\t;KeyAttrFlags: Linear\n\t\tKeyAttrFlags: *1 {\n\t\t\ta: 8452\n\t\t}\n",
+                 "\t\tKeyAttrDataFloat: *4 {\n\t\t\ta: 0,0,218434821,0\n\t\t}\n",
+                 "\t\tKeyTime: *2 {\n\t\t\ta: 0,384884650\n\t\t}\n",
+                 "\tModel: 8, \"Model::Joint01\", \"LimbNode\" {\n\t\tVersion: 232\n",
+                 "\t\tShading: Y\n\t\tCulling: \"CullingOff\"\n"}) {
+        EXPECT_NE(std::string::npos, text.find(expected)) << expected;
+    }
+    EXPECT_EQ(std::string::npos, text.find("FileId")) << "FileId is binary only";
+
+    // Known limit of the line rule: a P line of a model that passes column 120 (here with
+    // exponent-form values) continues in a line indented by 3 * 3 + 4 blanks.
+    FbxScene* scene = BuildAnimatedScene(manager.get(), {1, true, 2});
+    scene->FindNodeByName("Joint01")->LclTranslation.Set(
+        FbxDouble3(-1.23456789012345e-07, -2.34567890123456e-08, -3.45678901234567e-09));
+    EXPECT_NE(std::string::npos, WriteAscii(manager, scene, dir)
+                                     .find("\"A+\",-1.23456789012345e-07,-2.34567890123456e-08,\n" +
+                                           std::string(13, ' ') + "-3.45678901234567e-09\n"));
+}
+
+TEST(FbxWriterFbx7, DeterministicFilesAreByteIdentical) {
+    TempDir dir;
+    for (bool ascii : {false, true}) {
+        std::vector<std::vector<uint8_t>> files;
+        for (int run = 0; run < 2; ++run) {  // the same scene twice, and a rebuilt one
+            ManagerScope manager;
+            FbxScene* scene = BuildAnimatedScene(manager.get(), {3, false, 50});
+            for (int again = 0; again < 2; ++again) {
+                ExportRequest request;
+                request.ascii = ascii;
+                ASSERT_EQ("", Export(manager.get(), scene, dir.File("det.fbx"), request));
+                files.push_back(fbxtest::ReadAllBytes(dir.File("det.fbx")));
+            }
+        }
+        for (const auto& bytes : files) EXPECT_EQ(files[0], bytes) << (ascii ? "ascii" : "binary");
+    }
+    // Without the flag, ids are the objects' addresses.
+    ManagerScope manager;
+    FbxScene* scene = BuildAnimatedScene(manager.get(), {1, true, 2});
+    ExportRequest request;
+    request.deterministic = false;
+    const File file = WriteBinary(manager, scene, dir, request);
+    EXPECT_EQ(static_cast<int64_t>(reinterpret_cast<uintptr_t>(scene->FindNodeByName("Joint01"))),
+              FindObject(file, "Model", Swapped("Model", "Joint01"))->values[0].Int());
+}
+
+TEST(FbxWriterFbx7, OlderVersionsHeadersAndKeyVersion) {
+    struct Case {
+        const char* name;
+        uint32_t version;
+        std::string headerVersion;
+        std::string keyVersion;
+    };
+    for (const Case& c :
+         {Case{"FBX201100", 7100, "I1003", "I4007"}, Case{"FBX201400", 7400, "I1003", "I4009"},
+          Case{"FBX201800", 7500, "I1003", "I4009"}, Case{"no version", 7700, "I1004", "I4009"}}) {
+        TempDir dir;
+        ManagerScope manager;
+        ExportRequest request;
+        request.version = c.name;
+        const File file =
+            WriteBinary(manager, BuildAnimatedScene(manager.get(), {1, true, 2}), dir, request);
+        EXPECT_EQ(c.version, file.version) << c.name;
+        EXPECT_EQ(Strings{c.headerVersion},
+                  Texts(file.Find("FBXHeaderExtension/FBXHeaderVersion")->values));
+        EXPECT_EQ(Strings{c.keyVersion}, Texts(file.Find("Objects/AnimationCurve/KeyVer")->values));
+    }
+}
+
+TEST(FbxWriterFbx7, FailedWritesReportAndKeepTheOldFile) {
+    TempDir dir;
+    ManagerScope manager;
+    FbxScene* scene = BuildAnimatedScene(manager.get(), {1, true, 2});
+    EXPECT_EQ("out of disk space", Export(manager.get(), scene, "/dev/full"));
+    struct stat info {};
+    ASSERT_EQ(0, stat("/dev/full", &info));
+    EXPECT_TRUE(S_ISCHR(info.st_mode));
+
+    const std::string target = dir.File("take.fbx");
+    std::ofstream(target) << "previous take";
+    EXPECT_EQ("Invalid document handle", Export(manager.get(), nullptr, target));
+    EXPECT_EQ("Unable to create the file \"" + dir.File("missing/take.fbx") +
+                  "\": No such file or directory",
+              Export(manager.get(), scene, dir.File("missing/take.fbx")));
+
+    // Fault injection: the file system refuses every byte past a limit, for limits spread
+    // over the whole file, with the output unbuffered so that every write meets it.
+    manager->GetIOSettings()->SetIntProp(EXP_CACHE_SIZE, 0);
+    ASSERT_EQ("", Export(manager.get(), scene, dir.File("size.fbx")));
+    const size_t size = fbxtest::ReadAllBytes(dir.File("size.fbx")).size();
+    std::filesystem::remove(dir.File("size.fbx"));
+    for (size_t limit = 0; limit < size; limit += 37) {
+        std::string error;
+        fbxtest::WithFileSizeLimit(limit, [&] { error = Export(manager.get(), scene, target); });
+        EXPECT_TRUE(error == "out of disk space" || error == "File is corrupted (or invalid)" ||
+                    error == "Write error")
+            << limit << ": " << error;
+        ASSERT_EQ("previous take", fbxtest::ReadText(target)) << limit;
+        ASSERT_EQ(Strings{"take.fbx"}, dir.Entries()) << limit;
+    }
+}
+
+}  // namespace
