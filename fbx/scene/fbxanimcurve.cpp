@@ -367,7 +367,7 @@ float FbxAnimCurve::CubicSlope(int index, bool right) const {
     const Key& previous = KeyAt(index - 1);
     const Key& next = KeyAt(index + 1);
     const double seconds =
-        static_cast<double>(next.time - previous.time) / static_cast<double>(FBXSDK_TC_SECOND);
+        static_cast<double>(next.time - previous.time) / static_cast<double>(FBX_TC_SECOND);
     return static_cast<float>((next.value - previous.value) / seconds);
 }
 
@@ -405,7 +405,7 @@ float FbxAnimCurve::Evaluate(FbxTime time, int* last) const {
         return static_cast<float>(a.value + (b.value - a.value) * u);
     }
     const double span =
-        static_cast<double>(b.time - a.time) / static_cast<double>(FBXSDK_TC_SECOND);
+        static_cast<double>(b.time - a.time) / static_cast<double>(FBX_TC_SECOND);
     const double u2 = u * u;
     const double u3 = u2 * u;
     return static_cast<float>(

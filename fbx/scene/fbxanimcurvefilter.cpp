@@ -6,8 +6,8 @@
 #include "fbx/scene/fbxanimcurvenode.h"
 
 void FbxAnimCurveFilter::Reset() {
-    mStart = FBXSDK_TIME_MINUS_INFINITE;
-    mStop = FBXSDK_TIME_INFINITE;
+    mStart = FBX_TIME_MINUS_INFINITE;
+    mStop = FBX_TIME_INFINITE;
 }
 
 // A channel without a curve is passed as null so the filter can refuse it.

@@ -27,6 +27,6 @@ public:
     bool Apply(FbxAnimCurve& curve, FbxStatus* status = nullptr);
 
 protected:
-    FbxTime mStart = FBXSDK_TIME_MINUS_INFINITE;
-    FbxTime mStop = FBXSDK_TIME_INFINITE;
+    FbxTime mStart = FBX_TIME_MINUS_INFINITE;
+    FbxTime mStop = FBX_TIME_INFINITE;
 };

@@ -215,8 +215,8 @@ bool FbxAnimCurveFilterUnroll::Check(FbxAnimCurve** curves, int count, FbxStatus
         return false;
     }
     bool any = false;
-    FbxTime first = FBXSDK_TIME_INFINITE;
-    FbxTime last = FBXSDK_TIME_MINUS_INFINITE;
+    FbxTime first = FBX_TIME_INFINITE;
+    FbxTime last = FBX_TIME_MINUS_INFINITE;
     for (int i = 0; i < 3; ++i) {
         const int keys = curves[i]->KeyGetCount();
         if (keys > 0) {

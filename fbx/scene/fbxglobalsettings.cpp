@@ -39,7 +39,7 @@ FbxGlobalSettings::FbxGlobalSettings(FbxManager& manager, const char* name)
     SnapOnFrameMode = AddProperty("SnapOnFrameMode", FbxEnumDT, eNoSnap);
     AddEnumValues(SnapOnFrameMode, {"NoSnap", "SnapOnFrame", "PlayOnFrame", "SnapAndPlayOnFrame"});
     TimeSpanStart = AddProperty("TimeSpanStart", FbxTimeDT, FbxTime(0));
-    TimeSpanStop = AddProperty("TimeSpanStop", FbxTimeDT, FbxTime(FBXSDK_TC_SECOND));
+    TimeSpanStop = AddProperty("TimeSpanStop", FbxTimeDT, FbxTime(FBX_TC_SECOND));
     CustomFrameRate = AddProperty("CustomFrameRate", FbxDoubleDT, -1.0);
     TimeMarker = FbxProperty::Create(this, FbxCompoundDT, "TimeMarker");
     CurrentTimeMarker = AddProperty("CurrentTimeMarker", FbxIntDT, -1);

@@ -60,7 +60,7 @@ const TimeModeRow* RowOf(FbxTime::EMode mode) {
 
 FbxLongLong TicksPerFrame(const TimeModeRow& row) {
     if (row.mode == FbxTime::eCustom) {
-        return row.rate > 0.0 ? static_cast<FbxLongLong>(FBXSDK_TC_SECOND / row.rate) : 0;
+        return row.rate > 0.0 ? static_cast<FbxLongLong>(FBX_TC_SECOND / row.rate) : 0;
     }
     return row.ticksPerFrame;
 }
@@ -79,7 +79,7 @@ void ApplyGlobalTimeMode(FbxTime::EMode mode, double customRate) {
 }
 
 bool IsMarker(FbxLongLong ticks) {
-    return ticks == 0 || ticks == FBXSDK_TC_INFINITY || ticks == FBXSDK_TC_MINUS_INFINITY;
+    return ticks == 0 || ticks == FBX_TC_INFINITY || ticks == FBX_TC_MINUS_INFINITY;
 }
 
 // Magnitude of a tick count; defined for the smallest 64-bit value too.
@@ -94,17 +94,17 @@ FbxLongLong WithSignOf(FbxLongLong ticks, FbxULongLong magnitude) {
 }  // namespace
 
 void FbxTime::SetSecondDouble(double seconds) {
-    const double ticks = seconds * static_cast<double>(FBXSDK_TC_SECOND);
+    const double ticks = seconds * static_cast<double>(FBX_TC_SECOND);
     mTime = static_cast<FbxLongLong>(ticks < 0.0 ? ticks - 0.005 : ticks + 0.005);
 }
 
 double FbxTime::GetSecondDouble() const {
-    return static_cast<double>(mTime) / static_cast<double>(FBXSDK_TC_SECOND);
+    return static_cast<double>(mTime) / static_cast<double>(FBX_TC_SECOND);
 }
 
 void FbxTime::SetTime(int hour, int minute, int second, int frame, int field, EMode mode) {
     const FbxLongLong oneFrame = GetOneFrameValue(mode);
-    mTime = hour * FBXSDK_TC_HOUR + minute * FBXSDK_TC_MINUTE + second * FBXSDK_TC_SECOND +
+    mTime = hour * FBX_TC_HOUR + minute * FBX_TC_MINUTE + second * FBX_TC_SECOND +
             frame * oneFrame + field * (oneFrame / 2);
 }
 
@@ -186,15 +186,15 @@ FbxLongLong FbxTCToLegacy(FbxLongLong ticks) {
     // legacy unit counts whole seconds in 32 bits, so times past about 68 years
     // wrap; unsigned arithmetic keeps the wrap defined.
     const FbxULongLong a = Magnitude(ticks);
-    const FbxULongLong hours = a / FBXSDK_TC_HOUR;
-    FbxULongLong rest = a % FBXSDK_TC_HOUR;
-    const FbxULongLong minutes = rest / FBXSDK_TC_MINUTE;
-    rest %= FBXSDK_TC_MINUTE;
-    const FbxULongLong seconds = rest / FBXSDK_TC_SECOND;
-    const FbxULongLong r = rest % FBXSDK_TC_SECOND;
+    const FbxULongLong hours = a / FBX_TC_HOUR;
+    FbxULongLong rest = a % FBX_TC_HOUR;
+    const FbxULongLong minutes = rest / FBX_TC_MINUTE;
+    rest %= FBX_TC_MINUTE;
+    const FbxULongLong seconds = rest / FBX_TC_SECOND;
+    const FbxULongLong r = rest % FBX_TC_SECOND;
     const auto wholeSeconds = static_cast<std::int32_t>(hours * 3600 + minutes * 60 + seconds);
     const FbxULongLong legacy =
-        static_cast<FbxULongLong>(FbxLongLong{wholeSeconds}) * FBXSDK_TC_LEGACY_SECOND +
+        static_cast<FbxULongLong>(FbxLongLong{wholeSeconds}) * FBX_TC_LEGACY_SECOND +
         (r * 46186158ULL) / 141120ULL;
     return WithSignOf(ticks, legacy);
 }
@@ -204,16 +204,16 @@ FbxLongLong FbxTCFromLegacy(FbxLongLong legacyTicks) {
         return legacyTicks;
     }
     const FbxULongLong a = Magnitude(legacyTicks);
-    const FbxULongLong seconds = a / FBXSDK_TC_LEGACY_SECOND;
-    const FbxULongLong r = a % FBXSDK_TC_LEGACY_SECOND;
-    return WithSignOf(legacyTicks, seconds * FBXSDK_TC_SECOND + (r * 141120ULL) / 46186158ULL);
+    const FbxULongLong seconds = a / FBX_TC_LEGACY_SECOND;
+    const FbxULongLong r = a % FBX_TC_LEGACY_SECOND;
+    return WithSignOf(legacyTicks, seconds * FBX_TC_SECOND + (r * 141120ULL) / 46186158ULL);
 }
 
 bool FbxIsValidCustomFrameRate(double rate) {
     if (rate < 1.0) {
         return false;
     }
-    const double ticks = (1000.0 / rate) * static_cast<double>(FBXSDK_TC_MILLISECOND);
+    const double ticks = (1000.0 / rate) * static_cast<double>(FBX_TC_MILLISECOND);
     return ticks == std::floor(ticks);
 }
 

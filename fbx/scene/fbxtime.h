@@ -5,16 +5,16 @@
 // Tick units. A second is 141,120,000 ticks, divisible by every standard frame
 // rate (including the NTSC rates through their 1001 factor), so frame times are
 // exact integers.
-inline constexpr FbxLongLong FBXSDK_TC_MILLISECOND = 141120;
-inline constexpr FbxLongLong FBXSDK_TC_SECOND = FBXSDK_TC_MILLISECOND * 1000;
-inline constexpr FbxLongLong FBXSDK_TC_MINUTE = FBXSDK_TC_SECOND * 60;
-inline constexpr FbxLongLong FBXSDK_TC_HOUR = FBXSDK_TC_MINUTE * 60;
-inline constexpr FbxLongLong FBXSDK_TC_DAY = FBXSDK_TC_HOUR * 24;
+inline constexpr FbxLongLong FBX_TC_MILLISECOND = 141120;
+inline constexpr FbxLongLong FBX_TC_SECOND = FBX_TC_MILLISECOND * 1000;
+inline constexpr FbxLongLong FBX_TC_MINUTE = FBX_TC_SECOND * 60;
+inline constexpr FbxLongLong FBX_TC_HOUR = FBX_TC_MINUTE * 60;
+inline constexpr FbxLongLong FBX_TC_DAY = FBX_TC_HOUR * 24;
 // Older files count 46,186,158,000 ticks per second.
-inline constexpr FbxLongLong FBXSDK_TC_LEGACY_SECOND = 46186158000LL;
-inline constexpr FbxLongLong FBXSDK_TC_ZERO = 0;
-inline constexpr FbxLongLong FBXSDK_TC_INFINITY = INT64_MAX;
-inline constexpr FbxLongLong FBXSDK_TC_MINUS_INFINITY = INT64_MIN + 1;
+inline constexpr FbxLongLong FBX_TC_LEGACY_SECOND = 46186158000LL;
+inline constexpr FbxLongLong FBX_TC_ZERO = 0;
+inline constexpr FbxLongLong FBX_TC_INFINITY = INT64_MAX;
+inline constexpr FbxLongLong FBX_TC_MINUS_INFINITY = INT64_MIN + 1;
 
 // A point in time as a signed tick count.
 class FbxTime {
@@ -51,8 +51,8 @@ public:
     // Rounds to the nearest tick with the half-away-from-zero bias of 0.005.
     void SetSecondDouble(double seconds);
     double GetSecondDouble() const;
-    void SetMilliSeconds(FbxLongLong ms) { mTime = ms * FBXSDK_TC_MILLISECOND; }
-    FbxLongLong GetMilliSeconds() const { return mTime / FBXSDK_TC_MILLISECOND; }
+    void SetMilliSeconds(FbxLongLong ms) { mTime = ms * FBX_TC_MILLISECOND; }
+    FbxLongLong GetMilliSeconds() const { return mTime / FBX_TC_MILLISECOND; }
     // field counts half frames.
     void SetTime(int hour, int minute, int second, int frame = 0, int field = 0,
                  EMode mode = eDefaultMode);
@@ -83,10 +83,10 @@ private:
     FbxLongLong mTime;
 };
 
-inline constexpr FbxTime FBXSDK_TIME_INFINITE{FBXSDK_TC_INFINITY};
-inline constexpr FbxTime FBXSDK_TIME_MINUS_INFINITE{FBXSDK_TC_MINUS_INFINITY};
-inline constexpr FbxTime FBXSDK_TIME_ZERO{0};
-inline constexpr FbxTime FBXSDK_TIME_ONE_SECOND{FBXSDK_TC_SECOND};
+inline constexpr FbxTime FBX_TIME_INFINITE{FBX_TC_INFINITY};
+inline constexpr FbxTime FBX_TIME_MINUS_INFINITE{FBX_TC_MINUS_INFINITY};
+inline constexpr FbxTime FBX_TIME_ZERO{0};
+inline constexpr FbxTime FBX_TIME_ONE_SECOND{FBX_TC_SECOND};
 
 // A start and a stop time. The stop may precede the start (a reversed span).
 class FbxTimeSpan {

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr FbxLongLong kMs = FBXSDK_TC_MILLISECOND;
+constexpr FbxLongLong kMs = FBX_TC_MILLISECOND;
 
 QDateTime utc(const char* iso) {
     return QDateTime::fromString(iso, Qt::ISODateWithMs);
@@ -129,8 +129,8 @@ TEST(ExportRun, KeyTimes) {
         std::function<void(FakeHost&)> adjust = [](FakeHost&) {};
         std::vector<FbxLongLong> times = {};
     };
-    const FbxLongLong frame20 = FBXSDK_TC_SECOND / 20, frame60 = FBXSDK_TC_SECOND / 60;
-    const FbxLongLong afternoon = (14 * 3600 + 3 * 60 + 12) * FBXSDK_TC_SECOND + 15 * frame60;
+    const FbxLongLong frame20 = FBX_TC_SECOND / 20, frame60 = FBX_TC_SECOND / 60;
+    const FbxLongLong afternoon = (14 * 3600 + 3 * 60 + 12) * FBX_TC_SECOND + 15 * frame60;
     const std::vector<Case> cases = {
         {.what = "dynamic from zero; a skip of -1 skips nothing",
          .settings = {{"frameSkip", -1}},

@@ -46,7 +46,7 @@ TEST(FbxIOAscii, DocumentLayoutQuotingNumbersAndArrays) {
         io.FieldWriteD(std::numeric_limits<double>::infinity());
         io.FieldWriteB(true);
         io.FieldWriteLL(46186158000LL);
-        io.FieldWriteT(FbxTime(FBXSDK_TC_SECOND));
+        io.FieldWriteT(FbxTime(FBX_TC_SECOND));
         io.FieldWriteEnd();
         io.FieldWriteBegin("Empty");
         io.FieldWriteBlockBegin();

@@ -115,8 +115,8 @@ TEST(FbxIOBinary, TimesAreLegacyTicksIn7700AndPlainTicksOtherwise) {
                           Case{7600, 127, "141120000"}, Case{7700, 0, "141120000"}}) {
         const BinaryFile out = WriteBinary(
             [&](FbxIO& io) {
-                io.FieldWriteT("Time", FbxTime(FBXSDK_TC_SECOND));
-                io.FieldWriteTS("Span", FbxTimeSpan(FbxTime(0), FbxTime(-FBXSDK_TC_SECOND)));
+                io.FieldWriteT("Time", FbxTime(FBX_TC_SECOND));
+                io.FieldWriteTS("Span", FbxTimeSpan(FbxTime(0), FbxTime(-FBX_TC_SECOND)));
             },
             c.version, {}, c.definition);
         EXPECT_EQ(Strings{"L" + c.second}, fbxtest::Texts(out.file.Find("Time")->values));

@@ -210,7 +210,7 @@ TEST_F(FbxSceneTest, GlobalSettingsInFileOrder) {
                                         "TimeSpanStop",    "CustomFrameRate",
                                         "TimeMarker",      "CurrentTimeMarker"}));
     EXPECT_EQ(settings.GetTimeMode(), FbxTime::eDefaultMode);
-    EXPECT_EQ(settings.TimeSpanStop.Get(), FbxTime(FBXSDK_TC_SECOND));
+    EXPECT_EQ(settings.TimeSpanStop.Get(), FbxTime(FBX_TC_SECOND));
     EXPECT_EQ(settings.TimeProtocol.Get<int>(), 2);
     EXPECT_STREQ(settings.TimeMode.GetEnumValue(17), "Frames5994");
     settings.SetTimeMode(FbxTime::eCustom);

@@ -92,8 +92,8 @@ TEST(FbxTimeTest, LegacyTicks) {
     EXPECT_EQ(FbxTCToLegacy(141120000), 46186158000LL);
     EXPECT_EQ(FbxTCToLegacy(-141120000), -46186158000LL);
     EXPECT_EQ(FbxTCToLegacy(0), 0);
-    EXPECT_EQ(FbxTCToLegacy(FBXSDK_TC_INFINITY), FBXSDK_TC_INFINITY);
-    EXPECT_EQ(FbxTCToLegacy(FBXSDK_TC_MINUS_INFINITY), FBXSDK_TC_MINUS_INFINITY);
+    EXPECT_EQ(FbxTCToLegacy(FBX_TC_INFINITY), FBX_TC_INFINITY);
+    EXPECT_EQ(FbxTCToLegacy(FBX_TC_MINUS_INFINITY), FBX_TC_MINUS_INFINITY);
     // One frame at 120 fps and 30 fps, exact in both units.
     EXPECT_EQ(FbxTCToLegacy(1176000), 384884650);
     EXPECT_EQ(FbxTCToLegacy(4704000), 1539538600);
@@ -101,12 +101,12 @@ TEST(FbxTimeTest, LegacyTicks) {
     EXPECT_EQ(FbxTCToLegacy(1), 327);
     EXPECT_EQ(FbxTCToLegacy(-1), -327);
     // Ten hours plus a frame: the split keeps the products inside 64 bits.
-    const FbxLongLong tenHours = 10 * FBXSDK_TC_HOUR + 1176000;
+    const FbxLongLong tenHours = 10 * FBX_TC_HOUR + 1176000;
     EXPECT_EQ(FbxTCToLegacy(tenHours), 36000LL * 46186158000LL + 384884650);
     EXPECT_EQ(FbxTCFromLegacy(FbxTCToLegacy(tenHours)), tenHours);
     // Whole seconds are a 32-bit count: 2^32 + 1 seconds wrap to one second.
-    EXPECT_EQ(FbxTCToLegacy(((1LL << 32) + 1) * FBXSDK_TC_SECOND), 46186158000LL);
-    EXPECT_EQ(FbxTCToLegacy(-((1LL << 32) + 1) * FBXSDK_TC_SECOND), -46186158000LL);
+    EXPECT_EQ(FbxTCToLegacy(((1LL << 32) + 1) * FBX_TC_SECOND), 46186158000LL);
+    EXPECT_EQ(FbxTCToLegacy(-((1LL << 32) + 1) * FBX_TC_SECOND), -46186158000LL);
     EXPECT_EQ(FbxTCGetDefinition(), 127);
 }
 
