@@ -1,0 +1,183 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include "demotake.h"
+#include "jsontakereader.h"
+#include "takeerror.h"
+#include "takewriter.h"
+
+namespace {
+
+void expectSamePose(const TakePose& a, const TakePose& b) {
+    EXPECT_EQ(a.valid, b.valid);
+    EXPECT_EQ(a.absoluteTime, b.absoluteTime);
+    EXPECT_EQ(a.frameTime, b.frameTime);
+    EXPECT_EQ(a.poseOffset, b.poseOffset);
+    ASSERT_EQ(a.segments.size(), b.segments.size());
+    ASSERT_EQ(a.fingers.size(), b.fingers.size());
+    for (size_t i = 0; i < a.segments.size(); ++i) {
+        EXPECT_EQ(a.segments[i].position, b.segments[i].position);
+        EXPECT_EQ(a.segments[i].orientation, b.segments[i].orientation);
+    }
+    for (size_t i = 0; i < a.fingers.size(); ++i)
+        EXPECT_EQ(a.fingers[i].orientation, b.fingers[i].orientation);
+}
+
+void expectSameTake(const Take& a, const Take& b) {
+    EXPECT_EQ(a.frameRate, b.frameRate);
+    EXPECT_EQ(a.recordStartTime, b.recordStartTime);
+    EXPECT_EQ(a.userComment, b.userComment);
+    EXPECT_EQ(a.segmentNames, b.segmentNames);
+    EXPECT_EQ(a.fingerNames, b.fingerNames);
+    ASSERT_EQ(a.joints.size(), b.joints.size());
+    for (size_t i = 0; i < a.joints.size(); ++i) EXPECT_EQ(a.joints[i].child, b.joints[i].child);
+    ASSERT_EQ(a.frames.size(), b.frames.size());
+    expectSamePose(*a.nullPose, *b.nullPose);
+    for (size_t i = 0; i < a.frames.size(); ++i) {
+        ASSERT_EQ(a.frames[i].has_value(), b.frames[i].has_value()) << "frame " << i;
+        if (a.frames[i]) expectSamePose(*a.frames[i], *b.frames[i]);
+    }
+}
+
+// A take with 23 segments whose frames are given as JSON text.
+std::string bodyTake(const std::string& frames, const std::string& extra = "") {
+    std::string segments = "[";
+    for (int i = 0; i < 23; ++i) segments += std::string(i ? "," : "") + "[0,0,1,1,0,0,0]";
+    segments += "]";
+    std::string names = "[";
+    for (int i = 0; i < 23; ++i)
+        names += std::string(i ? "," : "") + "\"S" + std::to_string(i) + "\"";
+    names += "]";
+    std::string text = R"({"format":"zavo-take","version":1,"frameRate":240,"segmentNames":)" +
+                       names + extra + R"(,"frames":[)";
+    for (char c : frames) text += c == 'P' ? R"({"segments":)" + segments + "}" : std::string(1, c);
+    return text + "]}";
+}
+
+}  // namespace
+
+TEST(JsonTakeReader, ReadsBackWhatTheWriterWroteThroughTheFileBuffer) {
+    DemoTakeOptions options;
+    options.frames = 700;  // several megabytes: the reader refills its buffer many times
+    options.props = 2;
+    Take take = makeDemoTake(options);
+    take.frames[3].reset();
+    take.frames[4]->valid = false;
+    take.frames[4]->poseOffset = {-5, 17};
+    take.userComment = "line\nbreak \"quoted\" \xc3\xa9";
+    take.recordStartUtcOffset = 7200;
+    const std::string path = ::testing::TempDir() + "roundtrip.json";
+    writeTakeFile(take, path);
+    const Take read = readTakeFile(path);
+    std::remove(path.c_str());
+    expectSameTake(take, read);
+    EXPECT_EQ(read.recordStartUtcOffset, 7200);
+    EXPECT_FALSE(read.props.has_value());
+}
+
+TEST(JsonTakeReader, FillsInEveryDefault) {
+    const Take take = readTakeText(
+        bodyTake("P,null,P,P", R"(,"future":{"a":[1,{"b":null}]},"comment":"x")"), "t.json");
+    EXPECT_EQ(take.recordStartTime, 0);
+    EXPECT_EQ(take.userComment, "");
+    EXPECT_TRUE(take.hasBody);
+    EXPECT_EQ(take.firstFrame, 0);
+    EXPECT_EQ(take.frameCount(), 4);
+    EXPECT_FALSE(take.nullPose.has_value());
+    EXPECT_FALSE(take.frames[1].has_value());
+    EXPECT_TRUE(take.isProp(23));
+    EXPECT_FALSE(take.isProp(22));
+    EXPECT_TRUE(take.fingerNames[0].empty());
+    const TakePose& third = *take.frames[3];
+    EXPECT_TRUE(third.valid);
+    EXPECT_EQ(third.frameTime, 13);  // round(3 * 1000 / 240) = round(12.5)
+    EXPECT_EQ(take.frames[2]->frameTime, 8);
+    EXPECT_EQ(third.absoluteTime, 13);
+    EXPECT_EQ(third.poseOffset, (std::array<int32_t, 2>{0, 0}));
+    EXPECT_FALSE(third.hasFingers());
+
+    const Take timed = readTakeText(
+        bodyTake(
+            "P",
+            R"(,"recordStartTime":"2026-04-30T14:03:12.250+02:00","props":[5],"firstFrame":0)"),
+        "t.json");
+    EXPECT_EQ(timed.recordStartTime, 1777550592250);
+    EXPECT_EQ(timed.recordStartUtcOffset, 7200);
+    EXPECT_EQ(timed.frames[0]->absoluteTime, 1777550592250);
+    EXPECT_TRUE(timed.isProp(5));
+    EXPECT_FALSE(timed.isProp(23));
+}
+
+TEST(JsonTakeReader, NamesFileFrameAndFieldOfABadTake) {
+    const std::string six = R"({"segments":[[0,0,1,1,0,0,0],[0,0,1,1,0,0]]})";
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"", "t.json: expected '{' (a take is one JSON object) (line 1, column 1)"},
+        {R"({"format":"zavo-take",)", "t.json: expected a string (line 1, column 23)"},
+        {R"({"format":"other"})",
+         "t.json: format: expected \"zavo-take\", found \"other\" (line 1, column 18)"},
+        {R"({"version":2})",
+         "t.json: version: version 2 is not supported (this program reads version 1) (line 1, "
+         "column 13)"},
+        {R"({"format":"zavo-take","version":1,"frameRate":0})",
+         "t.json: frameRate: expected a number above 0 (line 1, column 48)"},
+        {R"({"format":"zavo-take","version":1,"segmentNames":[],"frames":[]})",
+         "t.json: missing field frameRate"},
+        {R"({"recordStartTime":"2026-04-30T14:03:12"})",
+         "t.json: recordStartTime: expected an ISO 8601 time with a zone, such as "
+         "2026-04-30T14:03:12.250Z, found \"2026-04-30T14:03:12\" (line 1, column 41)"},
+        {R"({"frames":[null,)"
+         "\n"
+         R"({"segments":[[0,0,1,1,0,0,0],[0,0,1,1,0,0]]}]})",
+         "t.json: frames[1].segments[1]: expected 7 numbers, found 6 (line 2, column 43)"},
+        {R"({"frames":[{"segments":[[0,0,1,1,0,0,"x"]]}]})",
+         "t.json: frames[0].segments[0]: expected a number (line 1, column 38)"},
+        {R"({"frames":[{"valid":true}]})",
+         "t.json: frames[0]: missing field segments (line 1, column 26)"},
+        {R"({"userComment":"a)"
+         "\x01"
+         R"("})",
+         "t.json: userComment: control character in a string (line 1, column 18)"},
+        {R"({"userComment":"\q"})", "t.json: userComment: invalid escape \\q (line 1, column 19)"},
+        {bodyTake("P") + "x",
+         "t.json: unexpected text after the end of the take (line 1, column 590)"},
+        {bodyTake("P,P", R"(,"segmentNames":["a"],"hasBody":false)"),
+         "t.json: frames[0].segments: expected 1 segments (one per segment name), found 23"},
+        {bodyTake("P", R"(,"props":[23])"), "t.json: props[0]: no segment 23"},
+        {bodyTake("P", R"(,"joints":[{"parent":10,"child":30}])"),
+         "t.json: joints[0]: segment out of range 0 to 22"},
+        {bodyTake("P", R"(,"firstFrame":1)"), "t.json: frames: no frame from firstFrame 1 on"},
+        {bodyTake("P", R"(,"segmentNames":["a"])"),
+         "t.json: segmentNames: a take with a body needs the 23 body segments, found 1"},
+    };
+    for (const auto& [text, message] : cases) {
+        try {
+            readTakeText(text, "t.json");
+            ADD_FAILURE() << "accepted: " << text;
+        } catch (const TakeError& error) {
+            EXPECT_EQ(error.what(), message) << text;
+        }
+    }
+}
+
+TEST(JsonTakeReader, RejectsFingerDataOfTheWrongSize) {
+    std::string hand = "[";
+    for (int i = 0; i < 19; ++i) hand += std::string(i ? "," : "") + "[0,0,0,1,0,0,0]";
+    hand += "]";
+    const std::string text = R"({"frames":[{"fingers":{"left":)" + hand + "}}]}";
+    EXPECT_THROW(
+        {
+            try {
+                readTakeText(text, "t.json");
+            } catch (const TakeError& error) {
+                EXPECT_STREQ(error.what(),
+                             "t.json: frames[0].fingers.left: expected 20 finger poses, found 19 "
+                             "(line 1, column 336)");
+                throw;
+            }
+        },
+        TakeError);
+    EXPECT_THROW(readTakeFile("/nonexistent/walk.json"), TakeError);
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "takemath.h"
+
+// One channel of a BVH joint, in the order the file lists it.
+enum class BvhChannel { XPosition, YPosition, ZPosition, XRotation, YRotation, ZRotation };
+
+// A ROOT or JOINT of a BVH hierarchy (end sites carry no motion and are not kept).
+struct BvhJoint {
+    std::string name;
+    int parent = -1;        // index of the parent joint; -1 for the root
+    takemath::Vec3 offset;  // from the parent joint, in the file's axes and unit
+    std::vector<BvhChannel> channels;
+    int firstChannel = 0;  // index of the joint's first value in a frame
+};
+
+// A BVH file: its hierarchy (parents before children) and its motion.
+struct BvhClip {
+    std::vector<BvhJoint> joints;
+    int channelCount = 0;
+    int frameCount = 0;
+    double frameTime = 0.0;      // seconds
+    std::vector<double> values;  // frameCount rows of channelCount values
+};
+
+// Global pose of a joint in the file's Y-up axes and unit; the orientation is joint to world.
+struct BvhJointPose {
+    takemath::Vec3 position;
+    takemath::Quat orientation;
+};
+
+// Reads a BVH file; throws TakeError naming the file and line of a malformed file.
+BvhClip readBvhFile(const std::string& path);
+// The same for a BVH text in memory; `name` stands for the file in messages.
+BvhClip parseBvh(std::string_view text, const std::string& name);
+
+// The file's own forward kinematics: every joint's global pose in frame `frame`, or in the
+// rest pose (no joint rotated, the root at its offset) when `frame` is negative. Rotations
+// compose in each joint's channel order; a position channel replaces that offset component.
+std::vector<BvhJointPose> bvhForwardKinematics(const BvhClip& clip, int frame);

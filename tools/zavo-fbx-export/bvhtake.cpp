@@ -1,0 +1,99 @@
+#include "bvhtake.h"
+
+namespace {
+
+using bodytables::BodySegmentCount;
+using bodytables::FingerCount;
+
+SegmentState hostState(const BvhJointPose& pose, double metresPerUnit) {
+    const takemath::Vec3 p = hostPositionFromBvh(pose.position, metresPerUnit);
+    const takemath::Quat q = hostOrientationFromBvh(pose.orientation);
+    return {{p.x, p.y, p.z}, {q.w, q.x, q.y, q.z}};
+}
+
+TakePose hostPose(const BvhClip& clip, const BvhBodyMap& map, int frame, double metresPerUnit) {
+    const std::vector<BvhJointPose> joints = bvhForwardKinematics(clip, frame);
+    TakePose pose;
+    pose.segments.reserve(BodySegmentCount);
+    for (int s = 0; s < BodySegmentCount; ++s)
+        pose.segments.push_back(
+            hostState(joints[static_cast<size_t>(map.segmentJoint[s])], metresPerUnit));
+    if (map.hasFingers) {
+        pose.fingers.reserve(2 * FingerCount);
+        for (int hand = 0; hand < 2; ++hand)
+            for (int k = 0; k < FingerCount; ++k)
+                pose.fingers.push_back(hostState(
+                    joints[static_cast<size_t>(map.fingerJoint[hand][k])], metresPerUnit));
+    }
+    return pose;
+}
+
+}  // namespace
+
+takemath::Vec3 hostPositionFromBvh(takemath::Vec3 position, double metresPerUnit) {
+    // BVH's Y-up axes are those of an FBX scene: host X is the file's Z, host Y its X and
+    // host Z its Y, a proper rotation, so a file exported again shows the clip's own numbers.
+    return metresPerUnit * takemath::Vec3{position.z, position.x, position.y};
+}
+
+takemath::Quat hostOrientationFromBvh(takemath::Quat orientation) {
+    return {orientation.w, orientation.z, orientation.x, orientation.y};
+}
+
+BvhBodyMap mapBvhJoints(const BvhClip& clip) {
+    BvhBodyMap map;
+    map.segmentJoint.fill(-1);
+    for (auto& hand : map.fingerJoint) hand.fill(-1);
+    map.segmentJoint[0] = 0;  // the root is the pelvis whatever its name
+    map.matched[0] = true;
+    for (size_t j = 1; j < clip.joints.size(); ++j) {
+        const std::string& name = clip.joints[j].name;
+        const int segment = bodytables::segmentByName(name);
+        if (segment > 0 && !map.matched[segment]) {
+            map.segmentJoint[segment] = static_cast<int>(j);
+            map.matched[segment] = true;
+        }
+        int hand = 0, finger = 0;
+        if (bodytables::fingerByName(name, hand, finger) && map.fingerJoint[hand][finger] < 0) {
+            map.fingerJoint[hand][finger] = static_cast<int>(j);
+            map.hasFingers = true;
+        }
+    }
+    // Parents come before children in the tables, so an ancestor is resolved first.
+    for (int s = 1; s < BodySegmentCount; ++s)
+        if (!map.matched[s]) map.segmentJoint[s] = map.segmentJoint[bodytables::segmentParents[s]];
+    for (int hand = 0; hand < 2; ++hand) {
+        const int handSegment =
+            hand == 0 ? bodytables::LeftHandSegment : bodytables::RightHandSegment;
+        for (int k = 0; k < FingerCount; ++k) {
+            if (map.fingerJoint[hand][k] >= 0) continue;
+            const int parent = bodytables::fingerParents[k];
+            map.fingerJoint[hand][k] =
+                parent < 0 ? map.segmentJoint[handSegment] : map.fingerJoint[hand][parent];
+        }
+    }
+    return map;
+}
+
+Take takeFromBvh(const BvhClip& clip, double metresPerUnit) {
+    const BvhBodyMap map = mapBvhJoints(clip);
+    Take take;
+    take.frameRate = 1.0 / clip.frameTime;
+    for (std::string_view name : bodytables::segmentNames) take.segmentNames.emplace_back(name);
+    if (map.hasFingers) {
+        for (std::string_view name : bodytables::leftFingerNames)
+            take.fingerNames[0].emplace_back(name);
+        for (std::string_view name : bodytables::rightFingerNames)
+            take.fingerNames[1].emplace_back(name);
+    }
+    for (int s = 1; s < BodySegmentCount; ++s)
+        take.joints.push_back({bodytables::segmentParents[s], s});
+    take.nullPose = hostPose(clip, map, -1, metresPerUnit);
+    take.frames.reserve(static_cast<size_t>(clip.frameCount));
+    for (int f = 0; f < clip.frameCount; ++f) {
+        TakePose& pose = take.frames.emplace_back(hostPose(clip, map, f, metresPerUnit)).value();
+        pose.frameTime = defaultFrameTime(f, take.frameRate);
+        pose.absoluteTime = take.recordStartTime + pose.frameTime;
+    }
+    return take;
+}

@@ -1,0 +1,314 @@
+#include "commandline.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <functional>
+#include <map>
+#include <optional>
+
+namespace {
+
+std::string lowered(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+std::optional<double> parseNumber(const std::string& text) {
+    double value = 0.0;
+    const auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (text.empty() || ec != std::errc() || ptr != text.data() + text.size() ||
+        !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+std::optional<int> parseInteger(const std::string& text) {
+    int value = 0;
+    const auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (text.empty() || ec != std::errc() || ptr != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
+[[noreturn]] void usageError(const std::string& message) {
+    throw CommandLineError(2, message);
+}
+
+[[noreturn]] void invalidSetting(const std::string& option, const std::string& value,
+                                 const std::string& expected) {
+    throw CommandLineError(1, "invalid setting " + option + " " + value + ": expected " + expected);
+}
+
+// The stored value for each choice of an enumerated setting option.
+struct Choice {
+    const char* name;
+    QVariant value;
+};
+
+struct ChoiceOption {
+    const char* option;
+    const char* key;
+    std::vector<Choice> choices;
+    const char* expected;
+};
+
+const std::vector<ChoiceOption>& choiceOptions() {
+    // The options page stores units as these numbers: whole ones as integers.
+    static const std::vector<ChoiceOption> options = {
+        {"--preset", "outputPreset", {{"skeleton", 1}, {"nodes", 0}}, "skeleton or nodes"},
+        {"--naming", "naming", {{"default", "default"}, {"unreal", "unreal"}}, "default or unreal"},
+        {"--unit",
+         "outputScale",
+         {{"millimeters", 1000},
+          {"centimeters", 100},
+          {"decimeters", 10},
+          {"meters", 1},
+          {"kilometers", 0.001},
+          {"feet", 3.2808399},
+          {"inches", 39.3700787}},
+         "millimeters, centimeters, decimeters, meters, kilometers, feet or inches"},
+        {"--time-increment",
+         "timeIncrementMode",
+         {{"fixed", 0}, {"dynamic", 1}},
+         "fixed or dynamic"},
+        {"--time-start", "timeStart", {{"zero", 0}, {"real", 1}}, "zero or real"},
+        {"--format", "exportFormat", {{"binary", "binary"}, {"ascii", "ascii"}}, "binary or ascii"},
+    };
+    return options;
+}
+
+const std::map<std::string, std::pair<const char*, bool>>& flagOptions() {
+    static const std::map<std::string, std::pair<const char*, bool>> flags = {
+        {"--calibration-pose", {"useCalibrationPose", true}},
+        {"--no-calibration-pose", {"useCalibrationPose", false}},
+        {"--walk-on-the-spot", {"walkOnTheSpot", true}},
+        {"--no-walk-on-the-spot", {"walkOnTheSpot", false}},
+    };
+    return flags;
+}
+
+class Parser {
+public:
+    explicit Parser(const std::vector<std::string>& arguments) : m_arguments(arguments) {}
+
+    CommandLine parse() {
+        bool modeGiven = false;
+        while (m_next < m_arguments.size()) {
+            const std::string argument = m_arguments[m_next++];
+            if (argument == "--") {
+                while (m_next < m_arguments.size()) m_positionals.push_back(m_arguments[m_next++]);
+            } else if (argument.size() > 1 && argument[0] == '-') {
+                splitValue(argument);
+                if (!option(modeGiven)) usageError("unknown option " + m_name);
+                if (m_stop) return m_result;
+            } else {
+                m_positionals.push_back(argument);
+            }
+        }
+        checkPositionals();
+        return m_result;
+    }
+
+private:
+    // Splits "--name=value" so that the value is taken from there.
+    void splitValue(const std::string& argument) {
+        const size_t equals = argument.find('=');
+        m_name = argument.substr(0, equals);
+        m_inlineValue.reset();
+        if (equals != std::string::npos) m_inlineValue = argument.substr(equals + 1);
+    }
+
+    std::string value() {
+        if (m_inlineValue) return *m_inlineValue;
+        if (m_next >= m_arguments.size()) usageError(m_name + " needs a value");
+        return m_arguments[m_next++];
+    }
+
+    void noValue() {
+        if (m_inlineValue) usageError(m_name + " takes no value");
+    }
+
+    bool option(bool& modeGiven) {
+        if (settingOption()) return true;
+        if (modeOption(modeGiven)) return true;
+        return otherOption();
+    }
+
+    bool settingOption() {
+        for (const ChoiceOption& choice : choiceOptions()) {
+            if (m_name != choice.option) continue;
+            const std::string text = value();
+            for (const Choice& c : choice.choices)
+                if (lowered(text) == c.name) {
+                    m_result.settings.emplace_back(choice.key, c.value);
+                    return true;
+                }
+            invalidSetting(m_name, text, choice.expected);
+        }
+        if (const auto flag = flagOptions().find(m_name); flag != flagOptions().end()) {
+            noValue();
+            m_result.settings.emplace_back(flag->second.first, flag->second.second);
+            return true;
+        }
+        if (m_name == "--scale") {
+            const std::string text = value();
+            const auto scale = parseNumber(text);
+            if (!scale || *scale <= 0.0) invalidSetting(m_name, text, "a number above 0");
+            m_result.settings.emplace_back("outputScale", *scale);
+        } else if (m_name == "--frame-skip") {
+            const std::string text = value();
+            const auto skip = parseInteger(text);
+            if (!skip || *skip < 0) invalidSetting(m_name, text, "a whole number from 0");
+            m_result.settings.emplace_back("frameSkip", *skip);
+        } else if (m_name == "--set") {
+            const std::string text = value();
+            const size_t equals = text.find('=');
+            if (equals == 0 || equals == std::string::npos) usageError("--set needs KEY=VALUE");
+            m_result.settings.emplace_back(QString::fromStdString(text.substr(0, equals)),
+                                           QString::fromStdString(text.substr(equals + 1)));
+        } else {
+            return false;
+        }
+        return true;
+    }
+
+    bool modeOption(bool& modeGiven) {
+        using Mode = CommandLine::Mode;
+        static const std::map<std::string, Mode> modes = {{"--help", Mode::Help},
+                                                          {"-h", Mode::Help},
+                                                          {"--version", Mode::Version},
+                                                          {"--options", Mode::Options},
+                                                          {"--demo", Mode::Export}};
+        const auto mode = modes.find(m_name);
+        if (mode == modes.end()) return false;
+        noValue();
+        if (mode->second == Mode::Help || mode->second == Mode::Version) {
+            m_result.mode = mode->second;
+            m_stop = true;
+            return true;
+        }
+        if (modeGiven) usageError("--demo and --options exclude each other");
+        modeGiven = true;
+        m_result.mode = mode->second;
+        m_result.demo = m_name == "--demo";
+        return true;
+    }
+
+    bool otherOption() {
+        if (m_name == "--settings") {
+            m_result.settingsFile = value();
+        } else if (m_name == "--plugin") {
+            m_result.pluginPath = value();
+        } else if (m_name == "--deterministic" || m_name == "--quiet" || m_name == "-q") {
+            noValue();
+            (m_name == "--deterministic" ? m_result.deterministic : m_result.quiet) = true;
+        } else if (m_name == "--demo-frames" || m_name == "--demo-props") {
+            const std::string text = value();
+            const auto number = parseInteger(text);
+            const bool frames = m_name == "--demo-frames";
+            if (!number || *number < (frames ? 1 : 0) || (!frames && *number > 4))
+                usageError(m_name + " " + text + ": expected " +
+                           (frames ? "a whole number from 1" : "a whole number from 0 to 4"));
+            (frames ? m_result.demoTake.frames : m_result.demoTake.props) = *number;
+        } else if (m_name == "--demo-rate") {
+            const std::string text = value();
+            const auto rate = parseNumber(text);
+            if (!rate || *rate <= 0.0)
+                usageError("--demo-rate " + text + ": expected a number above 0");
+            m_result.demoTake.frameRate = *rate;
+        } else if (m_name == "--demo-fingers" || m_name == "--no-demo-fingers") {
+            noValue();
+            m_result.demoTake.fingers = m_name == "--demo-fingers";
+        } else if (m_name == "--bvh-unit") {
+            const std::string text = value();
+            m_result.bvhMetresPerUnit = bvhUnitFromText(text);
+            if (m_result.bvhMetresPerUnit <= 0.0)
+                usageError(
+                    "--bvh-unit " + text +
+                    ": expected millimeters, centimeters, meters, inches or metres per unit");
+        } else {
+            return false;
+        }
+        return true;
+    }
+
+    void checkPositionals() {
+        using Mode = CommandLine::Mode;
+        const size_t expected = m_result.mode == Mode::Options ? 0 : m_result.demo ? 1 : 2;
+        if (m_positionals.size() != expected) {
+            if (m_result.mode == Mode::Options) usageError("--options takes no files");
+            if (m_result.demo) usageError("--demo needs exactly one OUTPUT.fbx");
+            usageError(m_positionals.empty() ? "missing INPUT and OUTPUT.fbx"
+                                             : "expected INPUT and OUTPUT.fbx");
+        }
+        if (expected == 2) m_result.input = m_positionals[0];
+        if (expected > 0) m_result.output = m_positionals.back();
+    }
+
+    const std::vector<std::string>& m_arguments;
+    size_t m_next = 0;
+    std::string m_name;
+    std::optional<std::string> m_inlineValue;
+    std::vector<std::string> m_positionals;
+    bool m_stop = false;
+    CommandLine m_result;
+};
+
+}  // namespace
+
+double bvhUnitFromText(const std::string& text) {
+    static const std::map<std::string, double> units = {
+        {"millimeters", 0.001}, {"centimeters", 0.01}, {"meters", 1.0}, {"inches", 0.0254}};
+    if (const auto unit = units.find(lowered(text)); unit != units.end()) return unit->second;
+    const auto number = parseNumber(text);
+    return number && *number > 0.0 ? *number : 0.0;
+}
+
+CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
+    return Parser(arguments).parse();
+}
+
+std::string usageText() {
+    return R"(Usage:
+  zavo-fbx-export [OPTIONS] INPUT OUTPUT.fbx
+  zavo-fbx-export [OPTIONS] --demo OUTPUT.fbx
+  zavo-fbx-export --options [--settings FILE]
+  zavo-fbx-export --help | --version
+
+Exports a take to an FBX file with the FBX exporter plug-in, driving it as the studio does.
+INPUT is a take file (.json) or a BVH file (.bvh); --demo exports the built-in demo take.
+
+Export settings (they override the settings store for this run):
+  --preset skeleton|nodes          output preset
+  --naming default|unreal          joint names of the Skeleton preset
+  --unit millimeters|centimeters|decimeters|meters|kilometers|feet|inches
+  --scale X                        output scale (file units per metre)
+  --time-increment fixed|dynamic   key timing
+  --time-start zero|real           keys from 0 or from the recorded time of day
+  --calibration-pose, --no-calibration-pose
+                                   first frame replaced by the T-pose or not
+  --frame-skip N                   frames skipped between exported frames
+  --walk-on-the-spot, --no-walk-on-the-spot
+  --format binary|ascii            FBX encoding
+  --set KEY=VALUE                  any settings key, the value as text (repeatable)
+
+Other options:
+  --settings FILE       the settings store, an INI file (default: in the user's
+                        configuration folder); --options edits it
+  --plugin PATH         the plug-in library (default: installed beside the program)
+  --deterministic       byte-identical files for the same take and settings
+  --demo-frames N       demo take length in frames (default 600)
+  --demo-rate HZ        demo take frame rate (default 60)
+  --demo-fingers, --no-demo-fingers
+                        demo take with or without finger data (default with)
+  --demo-props K        props in the demo take, 0 to 4 (default 1)
+  --bvh-unit UNIT       length unit of a BVH file: millimeters, centimeters, meters,
+                        inches or metres per file unit (default centimeters)
+  -q, --quiet           no progress and no summary
+  --options             edit the plug-in's settings in its options page
+
+Exit status: 0 file written, 1 export failed, 2 usage error.
+)";
+}

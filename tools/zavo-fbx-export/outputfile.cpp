@@ -1,0 +1,38 @@
+#include "outputfile.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <cerrno>
+#include <cstring>
+
+FileSnapshot FileSnapshot::of(const QString& path) {
+    struct stat info {};
+    FileSnapshot snapshot;
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0) return snapshot;
+    snapshot.exists = true;
+    snapshot.device = info.st_dev;
+    snapshot.inode = info.st_ino;
+    snapshot.modified =
+        static_cast<int64_t>(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec;
+    snapshot.size = info.st_size;
+    return snapshot;
+}
+
+bool FileSnapshot::sameFileAs(const FileSnapshot& other) const {
+    return exists == other.exists && device == other.device && inode == other.inode &&
+           modified == other.modified && size == other.size;
+}
+
+QString outputPathProblem(const QString& path) {
+    const QFileInfo file(path);
+    if (file.isDir()) return QStringLiteral("is a folder");
+    const QString folder = file.absolutePath();
+    if (!QFileInfo(folder).isDir()) return QStringLiteral("no such folder ") + folder;
+    if (::access(QFile::encodeName(folder).constData(), W_OK | X_OK) != 0)
+        return QStringLiteral("cannot write to folder ") + folder + QStringLiteral(": ") +
+               QString::fromLocal8Bit(std::strerror(errno));
+    return QString();
+}

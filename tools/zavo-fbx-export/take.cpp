@@ -1,0 +1,69 @@
+#include "take.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "bodytables.h"
+
+bool Take::isProp(int segment) const {
+    if (!props) return segment >= bodytables::BodySegmentCount;
+    return std::find(props->begin(), props->end(), segment) != props->end();
+}
+
+int32_t defaultFrameTime(int64_t index, double frameRate) {
+    return static_cast<int32_t>(std::llround(static_cast<double>(index) * 1000.0 / frameRate));
+}
+
+namespace {
+
+std::string poseProblem(const TakePose& pose, size_t segmentCount, const std::string& where) {
+    if (pose.segments.size() != segmentCount)
+        return where + ".segments: expected " + std::to_string(segmentCount) +
+               " segments (one per segment name), found " + std::to_string(pose.segments.size());
+    return {};
+}
+
+std::string indexProblem(const Take& take) {
+    const int count = static_cast<int>(take.segmentNames.size());
+    if (take.props)
+        for (size_t i = 0; i < take.props->size(); ++i)
+            if ((*take.props)[i] < 0 || (*take.props)[i] >= count)
+                return "props[" + std::to_string(i) + "]: no segment " +
+                       std::to_string((*take.props)[i]);
+    for (size_t i = 0; i < take.joints.size(); ++i) {
+        const TakeJoint& joint = take.joints[i];
+        if (joint.parent < 0 || joint.parent >= count || joint.child < 0 || joint.child >= count)
+            return "joints[" + std::to_string(i) + "]: segment out of range 0 to " +
+                   std::to_string(count - 1);
+    }
+    return {};
+}
+
+}  // namespace
+
+std::string takeProblem(const Take& take) {
+    if (!(take.frameRate > 0.0) || !std::isfinite(take.frameRate))
+        return "frameRate: expected a number above 0";
+    if (take.hasBody && take.segmentNames.size() < bodytables::BodySegmentCount)
+        return "segmentNames: a take with a body needs the 23 body segments, found " +
+               std::to_string(take.segmentNames.size());
+    for (int hand = 0; hand < 2; ++hand)
+        if (!take.fingerNames[hand].empty() &&
+            take.fingerNames[hand].size() != TakePose::FingersPerHand)
+            return std::string("fingerSegmentNames.") + (hand == 0 ? "left" : "right") +
+                   ": expected 20 names";
+    if (std::string problem = indexProblem(take); !problem.empty()) return problem;
+    if (take.firstFrame < 0 || take.frameCount() < 1)
+        return "frames: no frame from firstFrame " + std::to_string(take.firstFrame) + " on";
+    const size_t count = take.segmentNames.size();
+    if (take.nullPose)
+        if (std::string problem = poseProblem(*take.nullPose, count, "nullPose"); !problem.empty())
+            return problem;
+    for (size_t i = 0; i < take.frames.size(); ++i)
+        if (take.frames[i])
+            if (std::string problem =
+                    poseProblem(*take.frames[i], count, "frames[" + std::to_string(i) + "]");
+                !problem.empty())
+                return problem;
+    return {};
+}
