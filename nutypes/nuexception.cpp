@@ -5,4 +5,6 @@ NuException::NuException(int code, std::string message)
 
 NuException::~NuException() = default;
 
-const char* NuException::what() const noexcept { return m_message.c_str(); }
+const char* NuException::what() const noexcept {
+    return m_message.c_str();
+}

@@ -9,7 +9,9 @@ NuVector::NuVector(std::initializer_list<double> values)
     std::copy(values.begin(), values.end(), m_data);
 }
 
-NuVector::NuVector(const NuVector& other) { copyFrom(other); }
+NuVector::NuVector(const NuVector& other) {
+    copyFrom(other);
+}
 
 NuVector::NuVector(NuVector&& other) noexcept {
     if (other.m_flags == Owned) {
@@ -39,7 +41,8 @@ NuVector& NuVector::operator=(const NuVector& other) {
 
 NuVector& NuVector::operator=(NuVector&& other) noexcept {
     if (this == &other) return *this;
-    if (m_flags == Fixed || other.m_flags != Owned) return *this = static_cast<const NuVector&>(other);
+    if (m_flags == Fixed || other.m_flags != Owned)
+        return *this = static_cast<const NuVector&>(other);
     takeStorage(other);
     return *this;
 }
@@ -54,9 +57,13 @@ void NuVector::takeStorage(NuVector& other) {
     other.m_flags = View;
 }
 
-NuVector::~NuVector() { release(); }
+NuVector::~NuVector() {
+    release();
+}
 
-NuVector NuVector::view(double* data, size_t count) { return NuVector(data, count, View); }
+NuVector NuVector::view(double* data, size_t count) {
+    return NuVector(data, count, View);
+}
 
 void NuVector::copyFrom(const NuVector& other) {
     m_count = other.m_count;

@@ -404,8 +404,7 @@ float FbxAnimCurve::Evaluate(FbxTime time, int* last) const {
     if (interpolation != FbxAnimCurveDef::eInterpolationCubic) {
         return static_cast<float>(a.value + (b.value - a.value) * u);
     }
-    const double span =
-        static_cast<double>(b.time - a.time) / static_cast<double>(FBX_TC_SECOND);
+    const double span = static_cast<double>(b.time - a.time) / static_cast<double>(FBX_TC_SECOND);
     const double u2 = u * u;
     const double u3 = u2 * u;
     return static_cast<float>(

@@ -16,9 +16,13 @@ ZavoPoseObject& ZavoPoseObject::operator=(const ZavoPoseObject& other) {
     return *this;
 }
 
-bool ZavoPoseObject::isValid() const { return m_impl && m_impl->isValid(); }
+bool ZavoPoseObject::isValid() const {
+    return m_impl && m_impl->isValid();
+}
 
-int ZavoPoseObject::segmentStateCount() const { return m_impl ? m_impl->segmentStateCount() : 0; }
+int ZavoPoseObject::segmentStateCount() const {
+    return m_impl ? m_impl->segmentStateCount() : 0;
+}
 
 NuVector ZavoPoseObject::pos_g(int segment) const {
     return m_impl ? m_impl->pos_g(segment) : NuVector();
@@ -32,9 +36,13 @@ std::pair<int32_t, int32_t> ZavoPoseObject::poseOffset() const {
     return m_impl ? m_impl->poseOffset() : std::pair<int32_t, int32_t>{0, 0};
 }
 
-int32_t ZavoPoseObject::frameTime() const { return m_impl ? m_impl->frameTime() : 0; }
+int32_t ZavoPoseObject::frameTime() const {
+    return m_impl ? m_impl->frameTime() : 0;
+}
 
-NuTimeStamp ZavoPoseObject::absoluteTime() const { return m_impl ? m_impl->absoluteTime() : 0; }
+NuTimeStamp ZavoPoseObject::absoluteTime() const {
+    return m_impl ? m_impl->absoluteTime() : 0;
+}
 
 bool ZavoPoseObject::hasFingerTrackingData() const {
     return m_impl && m_impl->hasFingerTrackingData();
