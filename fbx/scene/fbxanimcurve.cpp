@@ -33,12 +33,20 @@ FbxAnimCurve::FbxAnimCurve(FbxManager& manager, const char* name) : FbxObject(ma
 
 FbxAnimCurve::~FbxAnimCurve() = default;
 
+// Indexes here are never negative; unsigned division spares the sign fix-ups
+// on a path every key access takes.
 FbxAnimCurve::Key& FbxAnimCurve::KeyAt(int index) {
-    return mBlocks[index / kKeysPerBlock]->keys[index % kKeysPerBlock];
+    const auto i = static_cast<unsigned>(index);
+    return mBlocks[i / kKeysPerBlock]->keys[i % kKeysPerBlock];
 }
 
 const FbxAnimCurve::Key& FbxAnimCurve::KeyAt(int index) const {
-    return mBlocks[index / kKeysPerBlock]->keys[index % kKeysPerBlock];
+    const auto i = static_cast<unsigned>(index);
+    return mBlocks[i / kKeysPerBlock]->keys[i % kKeysPerBlock];
+}
+
+FbxAnimCurve::Key* FbxAnimCurve::Find(int index) {
+    return index >= 0 && index < mKeyCount ? &KeyAt(index) : nullptr;
 }
 
 const FbxAnimCurve::Key* FbxAnimCurve::Find(int index) const {
@@ -83,6 +91,14 @@ FbxAnimCurve::Key FbxAnimCurve::MakeKey(FbxTime time, const FbxAnimCurveKeyAttri
     return Key{time.Get(), 0.0f, std::bit_cast<float>(attribute.mData[0]),
                std::bit_cast<float>(attribute.mData[1]),
                Share({attribute.mFlags, attribute.mData[2], attribute.mData[3]})};
+}
+
+FbxAnimCurve::Key FbxAnimCurve::DefaultKey(FbxTime time) {
+    if (mDefaultShared == kNoShared) {
+        mDefaultShared = MakeKey(time, kDefaultAttribute).shared;
+    }
+    return Key{time.Get(), 0.0f, kDefaultAttribute.GetDataFloat(0),
+               kDefaultAttribute.GetDataFloat(1), mDefaultShared};
 }
 
 FbxAnimCurveKeyAttribute FbxAnimCurve::AttributeOf(const Key& key) const {
@@ -141,9 +157,11 @@ void FbxAnimCurve::ShiftUp(int from) {
 }
 
 int FbxAnimCurve::KeyAdd(FbxTime time, int* last) {
-    Reserve(mKeyCount + 1);
+    if (mKeyCount == static_cast<int>(mBlocks.size()) * kKeysPerBlock) {
+        Reserve(mKeyCount + 1);
+    }
     mLastEvaluated = 0;
-    const Key key = MakeKey(time, kDefaultAttribute);
+    const Key key = DefaultKey(time);
     int index = mKeyCount;
     // Writers append in time order: the last key decides before any search.
     if (mKeyCount > 0 && time.Get() <= KeyAt(mKeyCount - 1).time) {
@@ -208,32 +226,43 @@ void FbxAnimCurve::ResizeKeyBuffer(int count) {
 }
 
 void FbxAnimCurve::KeySetValue(int index, float value) {
-    if (Find(index)) {
-        KeyAt(index).value = value;
+    if (Key* key = Find(index)) {
+        key->value = value;
         Notify(eKeyValueChanged);
     }
 }
 
-void FbxAnimCurve::KeySetFlags(int index, FbxUInt32 flags) {
-    if (!Find(index)) {
-        return;
+// Writers switch key after key from the same entry to the same flags.
+void FbxAnimCurve::SetFlags(Key& key, FbxUInt32 flags) {
+    if (key.shared != mLastFlagChange.from || flags != mLastFlagChange.flags) {
+        SharedAttribute shared = mShared[key.shared];
+        shared.flags = flags;
+        mLastFlagChange = {key.shared, flags, Share(shared)};
     }
-    SharedAttribute shared = mShared[KeyAt(index).shared];
-    shared.flags = flags;
-    KeyAt(index).shared = Share(shared);
+    key.shared = mLastFlagChange.to;
     Notify(eKeyAttributeChanged);
+}
+
+void FbxAnimCurve::KeySetFlags(int index, FbxUInt32 flags) {
+    if (Key* key = Find(index)) {
+        SetFlags(*key, flags);
+    }
 }
 
 // The weighting and velocity bits stay as they are: a linear key ignores them.
 void FbxAnimCurve::KeySetInterpolation(int index,
                                        FbxAnimCurveDef::EInterpolationType interpolation) {
-    const FbxUInt32 mask = FbxAnimCurveDef::kInterpolationMask;
-    KeySetFlags(index, (KeyGetFlags(index) & ~mask) | (interpolation & mask));
+    if (Key* key = Find(index)) {
+        const FbxUInt32 mask = FbxAnimCurveDef::kInterpolationMask;
+        SetFlags(*key, (mShared[key->shared].flags & ~mask) | (interpolation & mask));
+    }
 }
 
 void FbxAnimCurve::KeySetTangentMode(int index, FbxAnimCurveDef::ETangentMode mode) {
-    const FbxUInt32 mask = FbxAnimCurveDef::kTangentModeMask;
-    KeySetFlags(index, (KeyGetFlags(index) & ~mask) | (mode & mask));
+    if (Key* key = Find(index)) {
+        const FbxUInt32 mask = FbxAnimCurveDef::kTangentModeMask;
+        SetFlags(*key, (mShared[key->shared].flags & ~mask) | (mode & mask));
+    }
 }
 
 void FbxAnimCurve::KeySetAttribute(int index, const FbxAnimCurveKeyAttribute& attribute) {
@@ -430,6 +459,8 @@ void FbxAnimCurve::CopyFrom(const FbxAnimCurve& source, bool withKeys) {
     mShared = source.mShared;
     mSharedIndex = source.mSharedIndex;
     mRecentShared = source.mRecentShared;
+    mDefaultShared = source.mDefaultShared;
+    mLastFlagChange = source.mLastFlagChange;
     Reserve(source.mKeyCount);
     for (size_t b = 0; b < source.mBlocks.size() && b < mBlocks.size(); ++b) {
         *mBlocks[b] = *source.mBlocks[b];

@@ -136,12 +136,25 @@ private:
         void operator()(Block* block) const;
     };
 
+    // Shared entries never change once made (only CopyFrom replaces them), so an
+    // added key's entry and the outcome of the last flag change are remembered:
+    // keying a take key by key then skips the attribute search.
+    static constexpr FbxUInt32 kNoShared = ~FbxUInt32{0};
+    struct FlagChange {
+        FbxUInt32 from = kNoShared;
+        FbxUInt32 flags = 0;
+        FbxUInt32 to = kNoShared;
+    };
+
     Key& KeyAt(int index);
     const Key& KeyAt(int index) const;
+    Key* Find(int index);
     const Key* Find(int index) const;
     void Reserve(int count);
     FbxUInt32 Share(const SharedAttribute& attribute);
     Key MakeKey(FbxTime time, const FbxAnimCurveKeyAttribute& attribute);
+    Key DefaultKey(FbxTime time);
+    void SetFlags(Key& key, FbxUInt32 flags);
     FbxAnimCurveKeyAttribute AttributeOf(const Key& key) const;
     void ShiftUp(int from);
     void Notify(unsigned changes);
@@ -153,6 +166,8 @@ private:
     std::vector<SharedAttribute> mShared;
     std::unordered_map<FbxULongLong, std::vector<FbxUInt32>> mSharedIndex;  // by hash
     std::array<FbxUInt32, 2> mRecentShared = {0, 0};
+    FbxUInt32 mDefaultShared = kNoShared;
+    FlagChange mLastFlagChange;
     float mDefaultValue = 0.0f;
     int mModifyDepth = 0;
     unsigned mPendingChanges = 0;

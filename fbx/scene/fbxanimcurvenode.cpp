@@ -1,5 +1,7 @@
 #include "fbx/scene/fbxanimcurvenode.h"
 
+#include <vector>
+
 #include "fbx/scene/fbxanimcurve.h"
 #include "fbx/scene/fbxmanager.h"
 #include "fbx/scene/fbxscene.h"
@@ -15,7 +17,7 @@ namespace {
 
 // File readers recognise the local transforms by these short names.
 const char* CurveNodeName(const FbxProperty& property) {
-    const FbxString name = property.GetName();
+    const FbxString& name = property.GetName();
     if (name == "Lcl Translation") {
         return "T";
     }
@@ -26,6 +28,18 @@ const char* CurveNodeName(const FbxProperty& property) {
         return "S";
     }
     return nullptr;
+}
+
+// Channel names are a letter or two and are looked up for every key the
+// exporter adds: a plain loop beats measuring and comparing them through the
+// C library.
+bool IsNamed(const FbxString& channel, const char* name) {
+    const size_t size = channel.size();
+    size_t i = 0;
+    while (i < size && name[i] != '\0' && channel[i] == name[i]) {
+        ++i;
+    }
+    return i == size && name[i] == '\0';
 }
 
 }  // namespace
@@ -70,13 +84,15 @@ bool FbxAnimCurveNode::AddChannel(const char* name, double value) {
     return channel.IsValid() && channel.Set(value);
 }
 
+// Names are compared in place, without copies.
 int FbxAnimCurveNode::GetChannelIndex(const char* name) const {
-    if (!name) {
+    if (!name || !Channels.IsValid()) {
         return -1;
     }
-    for (int i = 0; i < GetChannelsCount(); ++i) {
-        if (Channels.GetChild(i).GetName() == name) {
-            return i;
+    const std::vector<FbxPropertyData*>& channels = Channels.GetData()->mChildren;
+    for (size_t i = 0; i < channels.size(); ++i) {
+        if (IsNamed(channels[i]->mName, name)) {
+            return static_cast<int>(i);
         }
     }
     return -1;

@@ -9,6 +9,7 @@
 namespace {
 
 const FbxPropertyValue kNoValue;
+const FbxString kNoName;
 
 }  // namespace
 
@@ -58,12 +59,12 @@ FbxObject* FbxProperty::GetFbxObject() const {
     return mData ? mData->mOwner : nullptr;
 }
 
-FbxString FbxProperty::GetName() const {
-    return mData ? mData->mName : FbxString();
+const FbxString& FbxProperty::GetName() const {
+    return mData ? mData->mName : kNoName;
 }
 
-FbxString FbxProperty::GetHierarchicalName() const {
-    return mData ? mData->mHierarchicalName : FbxString();
+const FbxString& FbxProperty::GetHierarchicalName() const {
+    return mData ? mData->mHierarchicalName : kNoName;
 }
 
 FbxDataType FbxProperty::GetPropertyDataType() const {

@@ -45,8 +45,10 @@ public:
     bool IsValid() const { return mData != nullptr; }
     FbxPropertyData* GetData() const { return mData; }
     FbxObject* GetFbxObject() const;
-    FbxString GetName() const;
-    FbxString GetHierarchicalName() const;
+    // The names live as long as the property (an empty name for an invalid handle):
+    // hot paths read them without copying.
+    const FbxString& GetName() const;
+    const FbxString& GetHierarchicalName() const;
     FbxDataType GetPropertyDataType() const;
 
     FbxUInt32 GetFlags() const;

@@ -89,7 +89,10 @@ public:
     friend FbxString operator+(FbxString a, const FbxString& b) { return a += b; }
     friend FbxString operator+(FbxString a, const char* b) { return a += FbxString(b); }
     friend bool operator==(const FbxString& a, const FbxString& b) { return a.mText == b.mText; }
-    friend bool operator==(const FbxString& a, const char* b) { return a.mText == (b ? b : ""); }
+    // Lengths first: unequal names are told apart without comparing bytes.
+    friend bool operator==(const FbxString& a, const char* b) {
+        return a.View() == std::string_view(b ? b : "");
+    }
     friend auto operator<=>(const FbxString& a, const FbxString& b) { return a.mText <=> b.mText; }
 
 private:

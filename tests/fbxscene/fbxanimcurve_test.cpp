@@ -184,6 +184,11 @@ TEST_F(FbxAnimCurveTest, PropertyCurveLookupRules) {
     EXPECT_TRUE(node->LclTranslation.GetFlag(FbxPropertyFlags::eAnimated));
     EXPECT_STREQ(curveNode->GetName(), "T");
     EXPECT_EQ(curveNode->GetChannelsCount(), 3);
+    EXPECT_EQ(curveNode->GetChannelIndex("Z"), 2);
+    for (const char* unknown : {"XY", "", "x", static_cast<const char*>(nullptr)}) {
+        EXPECT_EQ(curveNode->GetChannelIndex(unknown), -1);
+    }
+    EXPECT_EQ(FbxProperty().GetName(), "");
     EXPECT_EQ(curveNode->GetChannel(0).GetHierarchicalName(), "d|X");
     EXPECT_EQ(curveNode->GetChannel(2).GetFlags(), unsigned{FbxPropertyFlags::eAnimatable});
     EXPECT_DOUBLE_EQ(curveNode->GetChannelValue(0), 2.0);
@@ -216,6 +221,32 @@ TEST_F(FbxAnimCurveTest, ReplaceSwapsOnlyTheSpan) {
     copy->CopyFrom(*target);
     EXPECT_EQ(Times(*copy), Times(*target));
     EXPECT_FLOAT_EQ(copy->KeyGetValue(3), 40.0f);
+}
+
+// Key after key switched the same way, then switched otherwise, each key keeps its own flags;
+// a copy takes over the source's attributes and keeps doing so.
+TEST_F(FbxAnimCurveTest, RepeatedFlagChangesStayPerKey) {
+    FbxAnimCurve* curve = CurveWith({0, 10, 20, 30});
+    for (int key : {0, 1, 3}) {
+        curve->KeySetInterpolation(key, FbxAnimCurveDef::eInterpolationLinear);
+    }
+    curve->KeySetTangentMode(2, FbxAnimCurveDef::eTangentUser);
+    curve->KeySetInterpolation(1, FbxAnimCurveDef::eInterpolationConstant);
+    EXPECT_EQ(curve->KeyGetFlags(0), 0x2104u);
+    EXPECT_EQ(curve->KeyGetFlags(1), 0x2102u);
+    EXPECT_EQ(curve->KeyGetFlags(2), 0x0408u);
+    EXPECT_EQ(curve->KeyGetFlags(3), 0x2104u);
+    curve->KeySetInterpolation(1, FbxAnimCurveDef::eInterpolationLinear);
+    EXPECT_TRUE(curve->KeyGetAttribute(1) == curve->KeyGetAttribute(0));
+
+    FbxAnimCurve* copy = CurveWith({0});
+    copy->KeySetInterpolation(0, FbxAnimCurveDef::eInterpolationConstant);
+    copy->CopyFrom(*curve);
+    const int added = copy->KeyAdd(FbxTime(40));
+    EXPECT_EQ(copy->KeyGetFlags(added), 0x2108u);
+    copy->KeySetInterpolation(added, FbxAnimCurveDef::eInterpolationConstant);
+    EXPECT_EQ(copy->KeyGetFlags(added), 0x2102u);
+    EXPECT_EQ(copy->KeyGetFlags(1), 0x2104u);
 }
 
 TEST_F(FbxAnimCurveTest, KeySyncMergesInterleavedKeys) {
