@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+
 #include "fakehost.h"
 #include "fbx/scene/fbxanimcurve.h"
 #include "fbx/scene/fbxnode.h"
@@ -13,20 +15,10 @@ class Probe : public Exporter {
 public:
     explicit Probe(FakeHost& host) : Exporter(host, &host.settings), m_fake(host) {}
 
-    using Exporter::loadSettings;
     using Exporter::m_animLayer;
-    using Exporter::m_dynamic;
-    using Exporter::m_exportFormat;
-    using Exporter::m_frameSkip;
-    using Exporter::m_naming;
-    using Exporter::m_outputScale;
-    using Exporter::m_preset;
     using Exporter::m_scene;
     using Exporter::m_segmentNames;
-    using Exporter::m_startAtZero;
     using Exporter::m_takeName;
-    using Exporter::m_useCalibrationPose;
-    using Exporter::m_walkOnTheSpot;
 
     // initialize() and every frame of the take; the scene stays open until finalize().
     void run(const QString& file = QStringLiteral("/tmp/take.fbx")) {
@@ -45,6 +37,15 @@ public:
     int keyCount(const char* name, bool translation = false) const {
         FbxAnimCurve* c = curve(name, translation, "X");
         return c ? c->KeyGetCount() : -1;
+    }
+    // The last X, Y and Z keys of a node's translation or rotation.
+    std::array<float, 3> lastKeys(const char* name, bool translation) const {
+        std::array<float, 3> keys{};
+        for (int a = 0; a < 3; ++a) {
+            FbxAnimCurve* c = curve(name, translation, std::array{"X", "Y", "Z"}[a]);
+            keys[a] = c->KeyGetValue(c->KeyGetCount() - 1);
+        }
+        return keys;
     }
 
 private:

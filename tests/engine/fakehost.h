@@ -13,41 +13,37 @@
 
 // One frame of a take: global positions (metres, host axes) and orientations per segment,
 // timing, and optionally finger data of both hands ([hand][joint]).
-struct PoseData {
+class FakePose : public ZavoPose {
+public:
+    ZavoPose* clone() const override { return new FakePose(*this); }
+    bool isValid() const override { return valid; }
+    int segmentStateCount() const override { return static_cast<int>(positions.size()); }
+    NuVector pos_g(int i) const override { return has(i) ? positions[i] : NuVector(); }
+    NuQuaternion q_gb(int i, PoseBase) const override {
+        return has(i) ? orientations[i] : NuQuaternion{};
+    }
+    std::pair<int32_t, int32_t> poseOffset() const override { return offset; }
+    int32_t frameTime() const override { return time; }
+    NuTimeStamp absoluteTime() const override { return absolute; }
+    bool hasFingerTrackingData() const override { return fingers.has_value(); }
+    KexSegmentPose fingerTrackingData(NuHandId hand, int k) const override {
+        return fingers && k >= 0 && k < 20 ? (*fingers)[hand][k] : KexSegmentPose{};
+    }
+
     bool valid = true;
-    NuTimeStamp absoluteTime = 0;
-    int32_t frameTime = 0;
-    std::pair<int32_t, int32_t> poseOffset{0, 0};
+    NuTimeStamp absolute = 0;
+    int32_t time = 0;
+    std::pair<int32_t, int32_t> offset{0, 0};
     std::vector<NuVector> positions;
     std::vector<NuQuaternion> orientations;
     std::optional<std::array<std::array<KexSegmentPose, 20>, 2>> fingers;
-};
-
-class FakePose : public ZavoPose {
-public:
-    explicit FakePose(PoseData data) : d(std::move(data)) {}
-    ZavoPose* clone() const override { return new FakePose(d); }
-    bool isValid() const override { return d.valid; }
-    int segmentStateCount() const override { return static_cast<int>(d.positions.size()); }
-    NuVector pos_g(int i) const override { return has(i) ? d.positions[i] : NuVector(); }
-    NuQuaternion q_gb(int i, PoseBase) const override {
-        return has(i) ? d.orientations[i] : NuQuaternion{};
-    }
-    std::pair<int32_t, int32_t> poseOffset() const override { return d.poseOffset; }
-    int32_t frameTime() const override { return d.frameTime; }
-    NuTimeStamp absoluteTime() const override { return d.absoluteTime; }
-    bool hasFingerTrackingData() const override { return d.fingers.has_value(); }
-    KexSegmentPose fingerTrackingData(NuHandId hand, int k) const override {
-        return d.fingers && k >= 0 && k < 20 ? (*d.fingers)[hand][k] : KexSegmentPose{};
-    }
 
 private:
     bool has(int i) const { return i >= 0 && i < segmentStateCount(); }
-    PoseData d;
 };
 
-inline ZavoPoseObject poseObject(const PoseData& data) {
-    return ZavoPoseObject(std::make_unique<FakePose>(data));
+inline ZavoPoseObject poseObject(const FakePose& pose) {
+    return ZavoPoseObject(std::unique_ptr<ZavoPose>(pose.clone()));
 }
 
 // An in-memory settings store: stored values over the exporter's registered defaults.
@@ -56,9 +52,7 @@ public:
     QVariant value(const QString& key) const override {
         return values.contains(key) ? values.value(key) : ExportSettings::defaults().value(key);
     }
-    QString description(const QString& key) const override {
-        return ExportSettings::descriptions().value(key);
-    }
+    QString description(const QString&) const override { return {}; }
     void setValue(const QString& key, const QVariant& value) override { values[key] = value; }
 
     QVariantMap values;
@@ -78,9 +72,7 @@ public:
         return f >= 0 && f < static_cast<int>(frames.size()) && frames[f] ? poseObject(*frames[f])
                                                                           : ZavoPoseObject();
     }
-    ZavoPoseObject nullPose() const override {
-        return calibrationPose ? poseObject(*calibrationPose) : ZavoPoseObject();
-    }
+    ZavoPoseObject nullPose() const override { return poseObject(calibrationPose); }
     int firstFrame() const override { return first; }
     int frameCount() const override { return static_cast<int>(frames.size()) - first; }
     double frameRate() const override { return rate; }
@@ -95,8 +87,8 @@ public:
     bool hasBody() const override { return body; }
 
     FakeSettings settings;
-    std::vector<std::optional<PoseData>> frames;  // nullopt: the host has no pose
-    std::optional<PoseData> calibrationPose;
+    std::vector<std::optional<FakePose>> frames;  // nullopt: the host has no pose
+    FakePose calibrationPose;
     int first = 0;
     double rate = 60.0;
     QDateTime recordStart = QDateTime::fromMSecsSinceEpoch(0, Qt::UTC);

@@ -9,108 +9,94 @@
 #include "nutypes/nuexception.h"
 #include "synthetictake.h"
 
-namespace {
+using Keys = std::array<float, 3>;
 
-QString parentName(const LocalProbe& probe, const char* name) {
-    return QString::fromUtf8(probe.node(name)->GetParent()->GetName());
-}
-
-float key(const FbxAnimCurve* curve, int i) {
-    return curve->KeyGetValue(i);
-}
-
-void expectNear(const FbxDouble3& a, const FbxDouble3& b) {
-    for (int i = 0; i < 3; ++i) EXPECT_NEAR(a[i], b[i], 1e-9) << i;
-}
-
-}  // namespace
-
-TEST(SkeletonPreset, BuildsTheSkeletonInBothNamings) {
-    struct Case {
-        TakeShape shape;
-        int naming;
-        int segments;
-        std::vector<std::pair<const char*, const char*>> parents;
-    };
-    const std::vector<Case> cases = {
-        {{.frames = 2}, 0, 23, {{"Hips", "Reference"}, {"Spine2", "Spine1"}, {"Head", "Neck"}}},
-        {{.frames = 2, .fingers = true, .props = 2},
-         0,
-         23 + 30 + 2,
-         {{"LeftHandThumb1", "LeftHand"},
-          {"RightHandPinky3", "RightHandPinky2"},
-          {"Prop1", "RightHand"},
-          {"Prop2", "LeftHand"}}},
-        {{.frames = 2, .fingers = true, .props = 1},
-         1,
-         23 + 30 + 1,
-         {{"spine_02_ignored", "Reference"},
-          {"spine_02", "spine_01"},
-          {"thumb_03_r_r", "thumb_02_r"},
-          {"thumb_03_l_l", "thumb_02_l"},
-          {"prop_01", "hand_r"}}},
-    };
-    for (const Case& c : cases) {
+TEST(SkeletonPreset, BuildsTheSkeletonInOrderInBothNamings) {
+    // `joints`: "<keying position> <name> <parent>".
+    const auto check = [](const TakeShape& shape, const QVariant& naming, int segments,
+                          const QStringList& joints) {
         FakeHost host;
-        loadRigidTake(host, c.shape);
-        host.settings.values["naming"] = c.naming;
+        loadRigidTake(host, shape);
+        if (shape.props == 4) {
+            // Prop1 hangs from Prop4, which has no joint and stays out, and Prop2 from no
+            // segment at all: both join the root.
+            host.joints.pop_back();
+            host.joints[22].parentSegment = 26;
+            host.joints[23].parentSegment = 99;
+        }
+        host.settings.values["naming"] = naming;
         LocalProbe probe(host);
         probe.run();
         FbxNode* root = probe.node("Reference");
         ASSERT_EQ(root->GetParent(), probe.m_scene->GetRootNode());
         EXPECT_EQ(root->GetSkeleton()->GetSkeletonType(), FbxSkeleton::eRoot);
-        EXPECT_EQ(root->GetChildCount(true), c.segments);
-        EXPECT_EQ(probe.m_segmentNames.size(), c.segments);
-        for (const auto& [child, parent] : c.parents) EXPECT_EQ(parentName(probe, child), parent);
-        FbxNode* joint = probe.node(probe.m_segmentNames.last().toUtf8().constData());
+        EXPECT_EQ(root->GetChildCount(true), segments);
+        ASSERT_EQ(probe.m_segmentNames.size(), segments);
+        for (const QString& joint : joints) {
+            const QStringList j = joint.split(' ');
+            EXPECT_EQ(probe.m_segmentNames[j[0].toInt()], j[1]);
+            EXPECT_EQ(probe.node(qPrintable(j[1]))->GetParent()->GetName(), j[2])
+                << qPrintable(joint);
+        }
+        const QByteArray last = probe.m_segmentNames.last().toUtf8();
+        const FbxNode* joint = probe.node(last.constData());
         EXPECT_EQ(joint->GetSkeleton()->GetSkeletonType(), FbxSkeleton::eLimbNode);
         EXPECT_EQ(joint->InheritType.Get(), FbxTransform::eInheritRSrs);
+        EXPECT_EQ(probe.keyCount(last.constData()), 2);
         probe.finalize(true);
-    }
-
-    // A prop the joint list hangs from itself has no parent made before it: it joins the root.
-    FakeHost host;
-    loadRigidTake(host, {.frames = 2, .props = 1});
-    host.joints.back().parentSegment = 23;
-    LocalProbe probe(host);
-    probe.run();
-    const FbxNode* prop = probe.node("Prop1");
-    ASSERT_TRUE(prop && prop->GetParent());
-    EXPECT_STREQ(prop->GetParent()->GetName(), "Reference");
-    EXPECT_EQ(probe.keyCount("Prop1"), 2);
-    probe.finalize(true);
+    };
+    check({.frames = 2}, 0, 23,
+          {"0 Hips Reference", "1 RightUpLeg Hips", "11 Spine2 Spine1", "17 RightShoulder Spine3",
+           "22 Head Neck"});
+    check({.frames = 2, .fingers = true, .props = 2}, "Default", 23 + 30 + 2,
+          {"16 LeftHand LeftForeArm", "17 LeftHandThumb1 LeftHand",
+           "31 LeftHandPinky3 LeftHandPinky2", "36 RightHandThumb1 RightHand", "52 Head Neck",
+           "53 Prop1 RightHand", "54 Prop2 LeftHand"});
+    check({.frames = 2, .fingers = true, .props = 1}, "Unreal", 23 + 30 + 1,
+          {"10 spine_02_ignored Reference", "11 spine_02 spine_01", "19 thumb_03_l_l thumb_02_l",
+           "38 thumb_03_r_r thumb_02_r", "53 prop_01 hand_r"});
+    check({.frames = 2, .props = 4}, 0, 23 + 3,
+          {"23 Prop1 Reference", "24 Prop2 Reference", "25 Prop3 Head"});
 }
 
 TEST(SkeletonPreset, StartsInTheCalibrationPoseAndKeysRotations) {
     FakeHost host;
-    loadRigidTake(host, {.frames = 5});
+    loadRigidTake(host, {.frames = 5, .fingers = true});
     host.frames[2]->valid = false;
-    host.settings.values = {{"walkOnTheSpot", true}, {"frameSkip", 1}};
+    host.frames[4]->fingers.reset();
+    host.settings.values = {{"walkOnTheSpot", "true"}, {"frameSkip", 1}};
     LocalProbe probe(host);
     probe.run();
     // Initial transforms: the T-pose in centimetres on FBX axes (the pelvis stands 95 cm high).
-    expectNear(probe.node("Hips")->LclTranslation.Get(), FbxDouble3(0, 95, 0));
-    expectNear(probe.node("RightUpLeg")->LclTranslation.Get(), FbxDouble3(-10, -5, 0));
-    expectNear(probe.node("RightToeBase")->LclRotation.Get(), FbxDouble3(0, 0, 0));
+    const auto initial = [&probe](const char* name, bool translation) {
+        const FbxDouble3 v =
+            (translation ? probe.node(name)->LclTranslation : probe.node(name)->LclRotation).Get();
+        return Keys{float(v[0]), float(v[1]), float(v[2])};
+    };
+    EXPECT_EQ(initial("Hips", true), (Keys{0, 95, 0}));
+    EXPECT_EQ(initial("RightUpLeg", true), (Keys{-10, -5, 0}));
+    EXPECT_EQ(initial("RightToeBase", false), (Keys{0, 0, 0}));
     // Frames 0, 2, 4: the invalid frame 2 keeps the key time of frame 0 and replaces its key.
     EXPECT_EQ(probe.lastError(), "Received invalid pose data");
     EXPECT_EQ(probe.keyCount("Hips", true), 2);
     EXPECT_EQ(probe.keyCount("LeftToeBase"), 2);
     EXPECT_EQ(probe.keyCount("LeftToeBase", true), -1);
     EXPECT_EQ(probe.node("Reference")->LclRotation.GetCurveNode(probe.m_animLayer), nullptr);
-    const FbxAnimCurve* x = probe.curve("Hips", true, "X");
-    const FbxAnimCurve* y = probe.curve("Hips", true, "Y");
-    const double height = host.frames[4]->positions[0][2] * 100;
-    EXPECT_EQ(std::tuple(key(x, 1), key(y, 1)), std::tuple(0.0f, static_cast<float>(height)));
-    EXPECT_EQ(x->KeyGetInterpolation(1), FbxAnimCurveDef::eInterpolationLinear);
+    // Walking on the spot keeps the height and drops the horizontal travel; fingers without
+    // data in a frame sit unrotated.
+    const auto height = static_cast<float>(host.frames[4]->positions[0][2] * 100);
+    EXPECT_EQ(probe.lastKeys("Hips", true), (Keys{0, height, 0}));
+    EXPECT_EQ(probe.lastKeys("LeftHandThumb2", false), (Keys{0, 0, 0}));
+    EXPECT_EQ(probe.curve("Hips", true, "X")->KeyGetInterpolation(1),
+              FbxAnimCurveDef::eInterpolationLinear);
     // The horizontal keys are differences: a position that is not a number shows through.
     host.frames[4]->positions[0] = NuVector3(NAN, 0, 1);
     probe.exportFrame(4);
-    EXPECT_TRUE(std::isnan(key(probe.curve("Hips", true, "Z"), 1)));
+    EXPECT_TRUE(std::isnan(probe.lastKeys("Hips", true)[2]));
     probe.finalize(true);
 }
 
-TEST(SkeletonPreset, InvalidFirstPoseOrMissingPelvis) {
+TEST(SkeletonPreset, InvalidFirstPoseMissingPoseAndShortPositions) {
     FakeHost host;
     loadRigidTake(host, {.frames = 3});
     host.frames[0]->valid = false;
@@ -120,13 +106,21 @@ TEST(SkeletonPreset, InvalidFirstPoseOrMissingPelvis) {
     EXPECT_TRUE(probe.m_segmentNames.isEmpty());
     probe.finalize(true);
 
-    // A frame the host has no pose for (recorded at the epoch) ends that frame's export.
+    // A frame the host has no pose for (recorded at the epoch) ends that frame's export, as
+    // does a short position of a child, read for its offset.
     host.frames[0]->valid = true;
+    host.frames[1]->positions[1] = NuVector();
     host.frames[2].reset();
     LocalProbe second(host);
     ASSERT_TRUE(second.initialize("/tmp/take.fbx"));
     EXPECT_TRUE(second.exportFrame(0));
-    EXPECT_THROW(second.exportFrame(2), NuException);
+    EXPECT_THROW(second.exportFrame(1), NuException);
+    try {
+        second.exportFrame(2);
+        ADD_FAILURE() << "a missing pose was keyed";
+    } catch (const NuException& e) {
+        EXPECT_STREQ(e.what(), "Vector3 Source vector too small");
+    }
     second.finalize(true);
 }
 
@@ -134,31 +128,32 @@ TEST(NodesPreset, FlatNodesWithGlobalKeys) {
     FakeHost host;
     loadRigidTake(host, {.frames = 3, .fingers = true, .props = 2});
     host.props = std::set<int>{1, 24};
-    host.settings.values = {{"walkOnTheSpot", true}, {"useCalibrationPose", false}};
+    host.settings.values = {
+        {"walkOnTheSpot", true}, {"useCalibrationPose", false}, {"outputScale", "2.5"}};
     GlobalProbe probe(host);
     probe.run();
     FbxNode* root = probe.node("Reference");
     ASSERT_NE(root->GetNull(), nullptr);
     EXPECT_EQ(root->GetChildCount(), 25 + 30);
     EXPECT_EQ(root->GetChildCount(true), 25 + 30);
-    EXPECT_EQ(probe.m_segmentNames.mid(0, 3), (QStringList{"Pelvis", "Prop1", "SpineMid"}));
+    EXPECT_EQ(probe.m_segmentNames.mid(0, 3), (QStringList{"Seg0", "Prop1", "Seg2"}));
     EXPECT_EQ(probe.m_segmentNames.mid(23, 3), (QStringList{"Object1", "Prop2", "LFinger1"}));
     EXPECT_EQ(probe.m_segmentNames.last(), "RFinger19");
     EXPECT_NE(probe.node("LFinger5")->GetNull(), nullptr);
-    // Positions relative to the pelvis horizontally, in centimetres, host axes 1, 2, 0.
-    const PoseData& pose = *host.frames[2];
-    const auto expectKeys = [&](const char* name, const NuVector& g) {
-        EXPECT_EQ(key(probe.curve(name, true, "X"), 2), float((g[1] - pose.positions[0][1]) * 100));
-        EXPECT_EQ(key(probe.curve(name, true, "Y"), 2), float(g[2] * 100));
-        EXPECT_EQ(key(probe.curve(name, true, "Z"), 2), float((g[0] - pose.positions[0][0]) * 100));
-    };
-    expectKeys("Pelvis", pose.positions[0]);
-    expectKeys("RLowerArm", pose.positions[9]);
-    expectKeys("RFinger2", (*pose.fingers)[1][2].position);
+    // Positions relative to the pelvis horizontally, scaled, on host axes 1, 2, 0.
+    const FakePose& pose = *host.frames[2];
+    const NuVector& pelvis = pose.positions[0];
+    for (const auto& [name, g] : {std::pair("Seg0", pelvis),
+                                  {"Seg9", pose.positions[9]},
+                                  {"RFinger2", (*pose.fingers)[1][2].position}}) {
+        EXPECT_EQ(probe.lastKeys(name, true),
+                  (Keys{float((g[1] - pelvis[1]) * 2.5), float(g[2] * 2.5),
+                        float((g[0] - pelvis[0]) * 2.5)}));
+    }
     nuvia::Vector3 e;
     const NuQuaternion& q = pose.orientations[9];
     nuvia::Quaternion(q.w, q.y, q.z, q.x).toEuler(e);
-    EXPECT_EQ(key(probe.curve("RLowerArm", false, "Y"), 2), float(e[1]));
+    EXPECT_EQ(probe.lastKeys("Seg9", false)[1], float(e[1]));
     probe.finalize(true);
 }
 
@@ -180,19 +175,16 @@ TEST(ObjectExport, TakesWithoutABody) {
     GlobalProbe nulls(host);
     nulls.run();
     EXPECT_EQ(nulls.node("Ball")->GetNull()->GetAttributeType(), FbxNodeAttribute::eNull);
-    const FbxMarker* marker = markers.node("Ball")->GetMarker();
+    FbxNode* ball = markers.node("Ball");
+    const FbxMarker* marker = ball->GetMarker();
     ASSERT_NE(marker, nullptr);
     EXPECT_EQ(std::tuple(marker->GetType(), marker->Look.Get()),
               std::tuple(FbxMarker::eStandard, FbxMarker::eLightCross));
-    FbxNode* ball = markers.node("Ball");
     EXPECT_EQ(ball->GetParent(), markers.m_scene->GetRootNode());
     EXPECT_EQ(ball->InheritType.Get(), FbxTransform::eInheritRrs);
     // Frame 0 shows the calibration pose; frame 1 the object at (1, 2, 3) m.
-    EXPECT_EQ(std::tuple(key(markers.curve("Ball", true, "X"), 1),
-                         key(markers.curve("Ball", true, "Y"), 1),
-                         key(markers.curve("Ball", true, "Z"), 1)),
-              std::tuple(200.0f, 300.0f, 100.0f));
-    EXPECT_NE(key(markers.curve("Ball", true, "X"), 0), 200.0f);
+    EXPECT_EQ(markers.lastKeys("Ball", true), (Keys{200, 300, 100}));
+    EXPECT_NE(markers.curve("Ball", true, "X")->KeyGetValue(0), 200.0f);
     markers.finalize(true);
     nulls.finalize(true);
 }
