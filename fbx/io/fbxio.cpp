@@ -218,8 +218,9 @@ void FbxIO::WriteComments(const char* text) {
         return;
     }
     if (mStatus.Error() || mBinary) return;
-    const std::string comment = text && *text ? ";" + std::string(text) : std::string();
-    mStream.Write(AsciiIndent() + comment);
+    std::string line = AsciiIndent();
+    if (text && *text) line.append(";").append(text);
+    mStream.Write(line);
     AsciiNewLine();
     CheckStream();
 }

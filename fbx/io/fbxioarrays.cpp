@@ -170,7 +170,9 @@ uint64_t FbxIO::BinaryArrayData(const FbxIOArrayType& type, size_t count, const 
 void FbxIO::AsciiArray(const FbxIOArrayType& type, size_t count, const RawSource& source) {
     Level& level = mLevels.back();
     if (level.values > 0) mStream.WriteByte(',');
-    mStream.Write("*" + std::to_string(count) + " {\n" + AsciiIndent() + "\ta: ");
+    std::string head = "*";
+    head.append(std::to_string(count)).append(" {\n").append(AsciiIndent()).append("\ta: ");
+    mStream.Write(head);
     std::string text;
     size_t lineLength = 0;
     for (size_t first = 0; first < count; first += kChunkElements) {
@@ -192,7 +194,8 @@ void FbxIO::AsciiArray(const FbxIOArrayType& type, size_t count, const RawSource
         mStream.Write(text);
         text.clear();
     }
-    mStream.Write("\n" + AsciiIndent() + "}");
+    mStream.WriteByte('\n');
+    mStream.Write(AsciiIndent() + "}");
     ++level.values;
 }
 

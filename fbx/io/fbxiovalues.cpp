@@ -105,7 +105,9 @@ void FbxIO::AsciiValue(std::string_view text, std::string_view separator) {
 }
 
 void FbxIO::AsciiString(std::string_view text) {
-    AsciiValue("\"" + EscapeAscii(text) + "\"", ", ");
+    std::string quoted = "\"";
+    quoted.append(EscapeAscii(text)).append("\"");
+    AsciiValue(quoted, ", ");
 }
 
 // Raw bytes in ASCII: a lone "," and then base64 chunks, one quoted chunk per line.

@@ -1,5 +1,3 @@
-#include "tests/fbxio/fbxio_test_scene.h"
-
 #include <cmath>
 #include <cstdio>
 
@@ -12,6 +10,7 @@
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxscene.h"
 #include "fbx/scene/fbxskeleton.h"
+#include "tests/fbxio/fbxio_test_util.h"
 
 namespace fbxtest {
 
@@ -37,15 +36,13 @@ void AddKeys(FbxProperty& property, FbxAnimLayer* layer, int node, int keys,
 }  // namespace
 
 std::string NodeName(int node) {
-    if (node == 0) return "Reference";
     char name[32];
     std::snprintf(name, sizeof name, "Joint%02d", node);
-    return name;
+    return node == 0 ? "Reference" : name;
 }
 
 int ParentOf(int node, const AnimatedSceneShape& shape) {
-    if (node == 0) return -1;
-    return shape.chain ? node - 1 : (node - 1) / 2;
+    return node == 0 ? -1 : shape.chain ? node - 1 : (node - 1) / 2;
 }
 
 FbxTime KeyTime(int key) {

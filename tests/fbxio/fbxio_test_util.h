@@ -4,13 +4,20 @@
 #include <sys/resource.h>
 
 #include <csignal>
-
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
+#include "fbx/io/fbxexporter.h"
+#include "fbx/io/fbxiosettings.h"
+#include "fbx/scene/fbxmanager.h"
+#include "fbx/scene/fbxtime.h"
 #include "tests/support/fbxbinaryreader.h"
+
+class FbxScene;
 
 namespace fbxtest {
 
@@ -23,11 +30,9 @@ public:
     }
     ~TempDir() {
         std::error_code ignored;
-        std::filesystem::permissions(mPath, std::filesystem::perms::owner_all, ignored);
         std::filesystem::remove_all(mPath, ignored);
     }
     std::string File(const std::string& name) const { return mPath + "/" + name; }
-    const std::string& Path() const { return mPath; }
     // Names in the folder, to see that no temporary file is left behind.
     std::vector<std::string> Entries() const {
         std::vector<std::string> names;
@@ -43,9 +48,8 @@ private:
 };
 
 inline std::string ReadText(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
     std::stringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
 }
 
@@ -71,5 +75,60 @@ void WithFileSizeLimit(size_t limit, const Body& body) {
     setrlimit(RLIMIT_FSIZE, &saved);
     std::signal(SIGXFSZ, previousHandler);
 }
+
+// A manager with IO settings, owning everything a test builds.
+class ManagerScope {
+public:
+    ManagerScope() { get()->SetIOSettings(FbxIOSettings::Create(get(), "IOSRoot")); }
+    FbxManager* operator->() const { return get(); }
+    FbxManager* get() const { return mManager.get(); }
+
+private:
+    struct Destroy {
+        void operator()(FbxManager* manager) const { manager->Destroy(); }
+    };
+    std::unique_ptr<FbxManager, Destroy> mManager{FbxManager::Create()};
+};
+
+struct ExportRequest {
+    bool ascii = false;
+    bool deterministic = true;
+    const char* version = "FBX202000";
+};
+
+// Saves `document` through an exporter; returns the exporter's status text ("" on success).
+inline std::string Export(FbxManager* manager, FbxDocument* document, const std::string& path,
+                          const ExportRequest& request = {}) {
+    manager->GetIOSettings()->SetBoolProp(EXP_FBX_DETERMINISTIC, request.deterministic);
+    FbxExporter* exporter = FbxExporter::Create(manager, "");
+    exporter->SetFileExportVersion(request.version);
+    const bool ok =
+        exporter->Initialize(path.c_str(), request.ascii ? 1 : 0) && exporter->Export(document);
+    const std::string error = ok ? "" : exporter->GetStatus().GetErrorString();
+    exporter->Destroy();
+    return error;
+}
+
+// An animated skeleton like the exporter writes: a root "Reference" and joints below it,
+// each with linear keys on the three channels of Lcl Translation and Lcl Rotation at
+// 120 frames per second.
+struct AnimatedSceneShape {
+    int joints = 2;     // below the root
+    bool chain = true;  // a chain (each joint the child of the previous), else a binary tree
+    int keys = 10;
+    const char* takeName = "Take 001";
+};
+
+FbxScene* BuildAnimatedScene(FbxManager* manager, const AnimatedSceneShape& shape);
+
+// Names and parents of the nodes (index 0 is the root "Reference").
+std::string NodeName(int node);
+int ParentOf(int node, const AnimatedSceneShape& shape);
+
+// The key of node `node`, channel `axis` (0..2) at key `key`, as stored (single precision).
+FbxTime KeyTime(int key);
+float TranslationValue(int node, int axis, int key);
+// Degrees; kept inside (-90, 90) so that one Euler triple names each rotation.
+float RotationValue(int node, int axis, int key);
 
 }  // namespace fbxtest

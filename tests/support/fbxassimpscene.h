@@ -5,12 +5,15 @@
 #include <string>
 #include <vector>
 
-struct aiScene;
 struct aiNode;
 struct aiNodeAnim;
+struct aiScene;
+namespace Assimp {
+class Importer;
+}
 
 // A written FBX file as an independent open reader (assimp) sees it: node names and
-// hierarchy, static and animated world transforms, and the animation keys of each node.
+// hierarchy, animated world transforms, and the animation keys of each node.
 namespace fbxtest {
 
 // Row-major 4x4 matrix (translation in the last column).
@@ -36,35 +39,27 @@ public:
 
     // Every node, depth first, without the reader's synthetic root node.
     std::vector<std::string> NodeNames() const;
-    bool HasNode(const std::string& name) const;
+    bool HasNode(const std::string& name) const { return Find(name) != nullptr; }
     // The parent's name; empty for a top node or an unknown name.
     std::string ParentName(const std::string& name) const;
 
-    // World transform from the nodes' static local transforms.
-    Matrix WorldTransform(const std::string& name) const;
     // World transform with every animated node evaluated at `seconds` (linear translation,
     // spherical-linear rotation between keys, held before the first and after the last).
     Matrix WorldTransformAt(const std::string& name, double seconds) const;
 
-    size_t AnimationCount() const;
     // Keys of the node in the first animation, in seconds; empty when it is not animated.
     std::vector<VectorKey> TranslationKeys(const std::string& name) const;
     std::vector<RotationKey> RotationKeys(const std::string& name) const;
-
-    const aiScene* Raw() const;
 
 private:
     const aiNode* Find(const std::string& name) const;
     const aiNodeAnim* Channel(const std::string& name) const;
     double TicksPerSecond() const;
 
-    struct Impl;
-    std::unique_ptr<Impl> mImpl;
+    std::unique_ptr<Assimp::Importer> mImporter;
+    const aiScene* mScene = nullptr;
 };
 
-Matrix Multiply(const Matrix& a, const Matrix& b);
-// Rotation part of a world transform as Euler angles in degrees, X applied first.
-std::array<double, 3> EulerXYZDegrees(const Matrix& m);
 std::array<double, 3> Translation(const Matrix& m);
 
 }  // namespace fbxtest

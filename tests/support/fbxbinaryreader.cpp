@@ -2,347 +2,198 @@
 
 #include <zlib.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <type_traits>
+#include <stdexcept>
 
 namespace fbxtest {
 
 namespace {
 
-constexpr char kSignature[] = "Kaydara FBX Binary  ";
-constexpr uint8_t kMagic[16] = {0xf8, 0x5a, 0x8c, 0x6a, 0xde, 0xf5, 0xd9, 0x7e,
-                                0xec, 0xe9, 0x0c, 0xe3, 0x75, 0x8f, 0x29, 0x0b};
-constexpr size_t kHeaderSize = 27;
+// With their final NUL: 23 bytes.
+constexpr char kSignature[] = "Kaydara FBX Binary  \0\x1a";
+constexpr char kMagic[] = "\xf8\x5a\x8c\x6a\xde\xf5\xd9\x7e\xec\xe9\x0c\xe3\x75\x8f\x29\x0b";
 
+// Bytes per element of a scalar or array type letter; 0 for strings and unknown letters.
 size_t ElementSize(char type) {
-    switch (type) {
-        case 'd':
-        case 'l':
-            return 8;
-        case 'f':
-        case 'i':
-            return 4;
-        case 'h':
-            return 2;
-        case 'b':
-        case 'c':
-            return 1;
-        default:
-            return 0;
-    }
+    const size_t at = type ? std::string("CbcYhIiFfLlDd").find(type) : std::string::npos;
+    return at == std::string::npos ? 0 : at < 3 ? 1 : at < 5 ? 2 : at < 9 ? 4 : 8;
 }
 
 template <typename T>
-T Load(const uint8_t* at) {
+T Load(const char* at) {
     T value;
     std::memcpy(&value, at, sizeof value);
     return value;
 }
 
+// Appends the little-endian elements of the value's type in `data`, widened.
+void Widen(Value& value, const std::string& data, size_t size) {
+    const char lower = static_cast<char>(std::tolower(value.type));
+    for (const char* at = data.data(); at < data.data() + data.size(); at += size) {
+        if (lower == 'f' || lower == 'd') {
+            value.reals.push_back(lower == 'f' ? Load<float>(at) : Load<double>(at));
+        } else {
+            value.ints.push_back(size == 1   ? int64_t{Load<uint8_t>(at)}
+                                 : size == 2 ? Load<int16_t>(at)
+                                 : size == 4 ? Load<int32_t>(at)
+                                             : Load<int64_t>(at));
+        }
+    }
+}
+
+// Walks the file from the header to the magic; the first violation throws its description.
 class Parser {
 public:
-    Parser(const std::vector<uint8_t>& bytes, const ReadOptions& options)
-        : mBytes(bytes), mOptions(options) {}
+    Parser(std::string bytes, const ReadOptions& options)
+        : mBytes(std::move(bytes)), mOptions(options) {}
 
-    bool Parse(File& file) {
-        if (mBytes.size() < kHeaderSize || std::memcmp(mBytes.data(), kSignature, 20) != 0 ||
-            mBytes[20] != 0x00 || mBytes[21] != 0x1A || mBytes[22] != 0x00) {
-            return Fail(0, "bad file signature");
+    void Parse(File& file) {
+        if (Bytes(23, "header") != std::string(kSignature, sizeof kSignature)) {
+            Fail(0, "bad file signature");
         }
-        file.version = Load<uint32_t>(&mBytes[23]);
-        file.fileSize = mBytes.size();
+        file.version = static_cast<uint32_t>(Unsigned(4, mBytes.size(), "header"));
         mSlot = file.version >= 7500 ? 8 : 4;
-        uint64_t pos = kHeaderSize;
         file.root.hasBlock = true;
-        return ReadList(pos, mBytes.size(), file.root.children) && ReadFooter(pos, file);
+        ReadList(mBytes.size(), file.root.children);
+        ReadFooter(file);
     }
-
-    const std::string& Error() const { return mError; }
 
 private:
-    bool Fail(uint64_t at, const std::string& what) {
-        if (mError.empty()) mError = what + " (offset " + std::to_string(at) + ")";
-        return false;
+    [[noreturn]] static void Fail(uint64_t at, const std::string& what) {
+        throw std::runtime_error(what + " (offset " + std::to_string(at) + ")");
     }
 
-    bool Need(uint64_t pos, uint64_t size, uint64_t limit, const char* what) {
-        if (pos > limit || size > limit - pos) return Fail(pos, std::string("truncated ") + what);
-        return true;
+    std::string Bytes(uint64_t size, const char* what, uint64_t limit = UINT64_MAX) {
+        limit = std::min<uint64_t>(limit, mBytes.size());
+        if (mPos > limit || size > limit - mPos) Fail(mPos, std::string("truncated ") + what);
+        mPos += size;
+        return mBytes.substr(mPos - size, size);
     }
 
-    uint64_t Slot(uint64_t pos) const {
-        return mSlot == 8 ? Load<uint64_t>(&mBytes[pos]) : Load<uint32_t>(&mBytes[pos]);
+    uint64_t Unsigned(size_t size, uint64_t limit, const char* what) {
+        uint64_t value = 0;
+        std::memcpy(&value, Bytes(size, what, limit).data(), size);
+        return value;
     }
 
-    // Records up to and including the null record that ends the list.
-    bool ReadList(uint64_t& pos, uint64_t limit, std::vector<Record>& records) {
+    // Records up to and including the null record (all header fields zero) that ends the list.
+    void ReadList(uint64_t limit, std::vector<Record>& records) {
         while (true) {
-            if (!Need(pos, 3 * mSlot + 1, limit, "record header")) return false;
-            const uint64_t end = Slot(pos);
-            const uint64_t count = Slot(pos + mSlot);
-            const uint64_t length = Slot(pos + 2 * mSlot);
-            const uint8_t nameLength = mBytes[pos + 3 * mSlot];
-            if (end == 0 && count == 0 && length == 0 && nameLength == 0) {
-                pos += 3 * mSlot + 1;
-                return true;
-            }
             Record record;
-            if (!ReadRecord(pos, limit, end, count, length, record)) return false;
+            record.offset = mPos;
+            const uint64_t end = Unsigned(mSlot, limit, "record header");
+            const uint64_t count = Unsigned(mSlot, limit, "record header");
+            const uint64_t length = Unsigned(mSlot, limit, "record header");
+            const uint64_t nameLength = Unsigned(1, limit, "record header");
+            if (end == 0 && count == 0 && length == 0 && nameLength == 0) return;
+            if (end <= record.offset || end > limit) Fail(record.offset, "end offset out of range");
+            record.name = Bytes(nameLength, "record name", end);
+            const uint64_t valuesStart = mPos;
+            for (uint64_t i = 0; i < count; ++i) record.values.push_back(ReadValue(end));
+            if (mPos - valuesStart != length) {
+                Fail(record.offset, "value-list length " + std::to_string(length) +
+                                        " but values take " + std::to_string(mPos - valuesStart));
+            }
+            record.hasBlock = mPos < end;
+            if (record.hasBlock) ReadList(end, record.children);
+            if (mPos != end) Fail(record.offset, "children do not end at end offset");
             records.push_back(std::move(record));
         }
     }
 
-    bool ReadRecord(uint64_t& pos, uint64_t limit, uint64_t end, uint64_t count, uint64_t length,
-                    Record& record) {
-        record.offset = pos;
-        if (end <= pos || end > limit) return Fail(pos, "end offset out of range");
-        const uint8_t nameLength = mBytes[pos + 3 * mSlot];
-        pos += 3 * mSlot + 1;
-        if (!Need(pos, nameLength, end, "record name")) return false;
-        record.name.assign(reinterpret_cast<const char*>(&mBytes[pos]), nameLength);
-        if (record.name.find('\0') != std::string::npos) return Fail(pos, "NUL in record name");
-        pos += nameLength;
-        const uint64_t valuesStart = pos;
-        for (uint64_t i = 0; i < count; ++i) {
-            Value value;
-            if (!ReadValue(pos, end, value)) return false;
-            record.values.push_back(std::move(value));
-        }
-        if (pos - valuesStart != length) {
-            return Fail(record.offset, "value-list length " + std::to_string(length) +
-                                           " but values take " + std::to_string(pos - valuesStart) +
-                                           " in " + record.name);
-        }
-        if (pos < end) {
-            record.hasBlock = true;
-            if (!ReadList(pos, end, record.children)) return false;
-        }
-        if (pos != end) return Fail(record.offset, "children do not end at end offset");
-        return true;
-    }
-
-    bool ReadValue(uint64_t& pos, uint64_t limit, Value& value) {
-        if (!Need(pos, 1, limit, "value type")) return false;
-        value.type = static_cast<char>(mBytes[pos++]);
-        switch (value.type) {
-            case 'C':
-                return Scalar<uint8_t>(pos, limit, value);
-            case 'Y':
-                return Scalar<int16_t>(pos, limit, value);
-            case 'I':
-                return Scalar<int32_t>(pos, limit, value);
-            case 'L':
-                return Scalar<int64_t>(pos, limit, value);
-            case 'F':
-                return Scalar<float>(pos, limit, value);
-            case 'D':
-                return Scalar<double>(pos, limit, value);
-            case 'S':
-            case 'R':
-                return Blob(pos, limit, value);
-            default:
-                if (ElementSize(value.type) > 0) return Array(pos, limit, value);
-                return Fail(pos - 1, std::string("unknown value type '") + value.type + "'");
-        }
-    }
-
-    template <typename T>
-    bool Scalar(uint64_t& pos, uint64_t limit, Value& value) {
-        if (!Need(pos, sizeof(T), limit, "value")) return false;
-        const T scalar = Load<T>(&mBytes[pos]);
-        pos += sizeof(T);
-        if constexpr (std::is_floating_point_v<T>) {
-            value.data = static_cast<double>(scalar);
+    Value ReadValue(uint64_t limit) {
+        Value value;
+        value.type = static_cast<char>(Unsigned(1, limit, "value type"));
+        const size_t size = ElementSize(value.type);
+        if (value.type == 'S' || value.type == 'R') {
+            value.bytes = Bytes(Unsigned(4, limit, "string length"), "string", limit);
+        } else if (size == 0) {
+            Fail(mPos - 1, std::string("unknown value type '") + value.type + "'");
+        } else if (std::isupper(value.type)) {
+            Widen(value, Bytes(size, "value", limit), size);
         } else {
-            value.data = static_cast<int64_t>(scalar);
+            ReadArray(value, size, limit);
         }
-        return true;
+        return value;
     }
 
-    bool Blob(uint64_t& pos, uint64_t limit, Value& value) {
-        if (!Need(pos, 4, limit, "string length")) return false;
-        const uint32_t size = Load<uint32_t>(&mBytes[pos]);
-        pos += 4;
-        if (!Need(pos, size, limit, "string")) return false;
-        value.data = std::string(reinterpret_cast<const char*>(&mBytes[pos]), size);
-        pos += size;
-        return true;
-    }
-
-    bool Array(uint64_t& pos, uint64_t limit, Value& value) {
-        if (!Need(pos, 12, limit, "array header")) return false;
-        const uint64_t at = pos;
-        const uint32_t count = Load<uint32_t>(&mBytes[pos]);
-        const uint32_t encoding = Load<uint32_t>(&mBytes[pos + 4]);
-        const uint32_t stored = Load<uint32_t>(&mBytes[pos + 8]);
-        pos += 12;
-        if (!Need(pos, stored, limit, "array data")) return false;
-        const size_t elementSize = ElementSize(value.type);
-        const uint64_t raw = uint64_t{count} * elementSize;
-        value.arrayEncoding = encoding;
-        if (!CheckCompressionRule(at, raw, encoding)) return false;
-        std::vector<uint8_t> data;
-        if (encoding == 0) {
-            if (stored != raw) return Fail(at, "raw array length does not match its count");
-            data.assign(mBytes.begin() + pos, mBytes.begin() + pos + stored);
-        } else if (encoding != 1) {
-            return Fail(at, "unknown array encoding");
-        } else if (!Inflate(&mBytes[pos], stored, raw, data)) {
-            return Fail(at, "compressed array does not inflate to its count");
+    // Count, encoding (0 raw, 1 zlib) and stored length, then the elements.
+    void ReadArray(Value& value, size_t size, uint64_t limit) {
+        const uint64_t at = mPos;
+        const uint64_t count = Unsigned(4, limit, "array header");
+        const uint64_t encoding = Unsigned(4, limit, "array header");
+        const uint64_t stored = Unsigned(4, limit, "array header");
+        std::string data = Bytes(stored, "array data", limit);
+        const uint64_t raw = count * size;
+        const bool compress = raw > 1023 && raw >= mOptions.compressMinimumSize.value_or(0);
+        if (mOptions.compressMinimumSize && (encoding == 1) != compress) {
+            Fail(at, "array of " + std::to_string(raw) + " bytes " +
+                         (compress ? "not compressed" : "compressed"));
         }
-        pos += stored;
-        Widen(value, data, count);
-        return true;
-    }
-
-    bool CheckCompressionRule(uint64_t at, uint64_t raw, uint32_t encoding) {
-        if (!mOptions.compressMinimumSize) return true;
-        const bool expected =
-            mOptions.expectCompression && raw > 1023 && raw >= *mOptions.compressMinimumSize;
-        if ((encoding == 1) != expected) {
-            return Fail(at, std::string("array of ") + std::to_string(raw) + " bytes " +
-                                (expected ? "not compressed" : "compressed"));
-        }
-        return true;
-    }
-
-    static bool Inflate(const uint8_t* in, uint32_t size, uint64_t raw, std::vector<uint8_t>& out) {
-        out.resize(raw + 1);
-        z_stream z{};
-        if (inflateInit(&z) != Z_OK) return false;
-        z.next_in = const_cast<Bytef*>(in);
-        z.avail_in = size;
-        z.next_out = out.data();
-        z.avail_out = static_cast<uInt>(out.size());
-        const int result = inflate(&z, Z_FINISH);
-        const bool complete = result == Z_STREAM_END && z.avail_in == 0 && z.total_out == raw;
-        inflateEnd(&z);
-        out.resize(raw);
-        return complete;
-    }
-
-    static void Widen(Value& value, const std::vector<uint8_t>& data, uint32_t count) {
-        if (value.type == 'd' || value.type == 'f') {
-            std::vector<double> numbers(count);
-            for (uint32_t i = 0; i < count; ++i) {
-                numbers[i] =
-                    value.type == 'd' ? Load<double>(&data[i * 8]) : Load<float>(&data[i * 4]);
+        if (encoding > 1) Fail(at, "unknown array encoding");
+        if (encoding == 1) {
+            std::string inflated(raw, '\0');
+            uLongf inflatedSize = static_cast<uLongf>(raw);
+            uLong consumed = static_cast<uLong>(stored);
+            if (uncompress2(reinterpret_cast<Bytef*>(inflated.data()), &inflatedSize,
+                            reinterpret_cast<const Bytef*>(data.data()), &consumed) != Z_OK ||
+                inflatedSize != raw || consumed != stored) {
+                Fail(at, "compressed array does not inflate to its count");
             }
-            value.data = std::move(numbers);
-            return;
+            data = std::move(inflated);
         }
-        std::vector<int64_t> numbers(count);
-        for (uint32_t i = 0; i < count; ++i) {
-            switch (value.type) {
-                case 'l':
-                    numbers[i] = Load<int64_t>(&data[i * 8]);
-                    break;
-                case 'i':
-                    numbers[i] = Load<int32_t>(&data[i * 4]);
-                    break;
-                case 'h':
-                    numbers[i] = Load<int16_t>(&data[i * 2]);
-                    break;
-                default:
-                    numbers[i] = data[i];
-            }
-        }
-        value.data = std::move(numbers);
+        if (data.size() != raw) Fail(at, "raw array length does not match its count");
+        Widen(value, data, size);
     }
 
-    // Source-check block, 1 to 16 zero bytes up to a multiple of 16, section length 0, the
+    // Source-check block, 1 to 16 zero bytes up to a multiple of 16, a zero word, the
     // version, 120 zero bytes and the magic, which ends the file.
-    bool ReadFooter(uint64_t pos, File& file) {
-        if (!Need(pos, 16, mBytes.size(), "footer check block")) return false;
-        std::memcpy(file.footerCheck, &mBytes[pos], 16);
-        pos += 16;
-        const uint64_t padding = 16 - pos % 16;
-        if (!Need(pos, padding + 144, mBytes.size(), "footer")) return false;
-        for (uint64_t i = 0; i < padding; ++i) {
-            if (mBytes[pos + i] != 0) return Fail(pos + i, "non-zero footer padding");
+    void ReadFooter(File& file) {
+        file.footerCheck = Bytes(16, "footer check block");
+        std::string expected(16 - mPos % 16 + 144, '\0');
+        std::memcpy(&expected[expected.size() - 140], &file.version, 4);
+        std::memcpy(&expected[expected.size() - 16], kMagic, 16);
+        const uint64_t start = mPos;
+        const std::string footer = Bytes(expected.size(), "footer");
+        const auto differs = std::mismatch(expected.begin(), expected.end(), footer.begin());
+        if (differs.first != expected.end()) {
+            Fail(start + static_cast<uint64_t>(differs.first - expected.begin()),
+                 "bad footer byte (padding, version, zero block or magic)");
         }
-        pos += padding;
-        if (Load<uint32_t>(&mBytes[pos]) != 0) return Fail(pos, "footer section length not 0");
-        if (Load<uint32_t>(&mBytes[pos + 4]) != file.version) {
-            return Fail(pos + 4, "footer version differs from header");
-        }
-        for (uint64_t i = 8; i < 128; ++i) {
-            if (mBytes[pos + i] != 0) return Fail(pos + i, "non-zero footer block");
-        }
-        pos += 128;
-        if (std::memcmp(&mBytes[pos], kMagic, 16) != 0) return Fail(pos, "bad footer magic");
-        if (pos + 16 != mBytes.size()) return Fail(pos + 16, "bytes after the footer magic");
-        return true;
+        if (mPos != mBytes.size()) Fail(mPos, "bytes after the footer magic");
     }
 
-    const std::vector<uint8_t>& mBytes;
+    const std::string mBytes;
     ReadOptions mOptions;
     uint64_t mSlot = 8;
-    std::string mError;
+    uint64_t mPos = 0;
 };
 
 }  // namespace
 
-int64_t Value::Int() const {
-    if (const auto* number = std::get_if<int64_t>(&data)) return *number;
-    return static_cast<int64_t>(std::get<double>(data));
-}
-
-double Value::Double() const {
-    if (const auto* number = std::get_if<double>(&data)) return *number;
-    return static_cast<double>(std::get<int64_t>(data));
-}
-
-const std::string& Value::String() const {
-    return std::get<std::string>(data);
-}
-const std::vector<int64_t>& Value::Ints() const {
-    return std::get<std::vector<int64_t>>(data);
-}
-const std::vector<double>& Value::Doubles() const {
-    return std::get<std::vector<double>>(data);
-}
-
-size_t Value::ArraySize() const {
-    if (const auto* ints = std::get_if<std::vector<int64_t>>(&data)) return ints->size();
-    return std::get<std::vector<double>>(data).size();
-}
-
 std::string Value::Text() const {
-    const auto number = [](double value) {
-        char text[32];
-        std::snprintf(text, sizeof text, "%.9g", value);
-        return std::string(text);
-    };
     std::string text(1, type);
-    if (const auto* integer = std::get_if<int64_t>(&data)) return text + std::to_string(*integer);
-    if (const auto* real = std::get_if<double>(&data)) return text + number(*real);
-    if (const auto* bytes = std::get_if<std::string>(&data)) return text + *bytes;
-    text += '[';
-    if (const auto* ints = std::get_if<std::vector<int64_t>>(&data)) {
-        for (size_t i = 0; i < ints->size(); ++i)
-            text += (i ? "," : "") + std::to_string((*ints)[i]);
-    } else {
-        const auto& reals = Doubles();
-        for (size_t i = 0; i < reals.size(); ++i) text += (i ? "," : "") + number(reals[i]);
+    if (type == 'S' || type == 'R') return text + bytes;
+    if (std::islower(type)) text += '[';
+    for (int64_t number : ints) text.append(std::to_string(number)).append(",");
+    for (double number : reals) {
+        char digits[32];
+        std::snprintf(digits, sizeof digits, "%.9g,", number);
+        text += digits;
     }
-    return text + ']';
+    if (text.back() == ',') text.pop_back();
+    return std::islower(type) ? text + ']' : text;
 }
 
-std::vector<std::string> Texts(const std::vector<Value>& values) {
-    std::vector<std::string> texts;
-    for (const Value& value : values) texts.push_back(value.Text());
-    return texts;
-}
-
-const Record* Record::Child(const std::string& childName) const {
-    for (const Record& child : children) {
-        if (child.name == childName) return &child;
-    }
-    return nullptr;
+std::string Texts(const std::vector<Value>& values) {
+    std::string text;
+    for (const Value& value : values) text.append(text.empty() ? "" : " ").append(value.Text());
+    return text;
 }
 
 std::vector<const Record*> Record::Children(const std::string& childName) const {
@@ -353,17 +204,15 @@ std::vector<const Record*> Record::Children(const std::string& childName) const 
     return found;
 }
 
+const Record* Record::Child(const std::string& childName) const {
+    const std::vector<const Record*> found = Children(childName);
+    return found.empty() ? nullptr : found[0];
+}
+
 const Record* Record::Find(const std::string& path) const {
-    const Record* record = this;
-    size_t start = 0;
-    while (record && start <= path.size()) {
-        const size_t slash = path.find('/', start);
-        const std::string part = path.substr(start, slash - start);
-        record = record->Child(part);
-        if (slash == std::string::npos) break;
-        start = slash + 1;
-    }
-    return record;
+    const size_t slash = path.find('/');
+    const Record* child = Child(path.substr(0, slash));
+    return child && slash != std::string::npos ? child->Find(path.substr(slash + 1)) : child;
 }
 
 std::vector<uint8_t> ReadAllBytes(const std::string& path) {
@@ -373,11 +222,15 @@ std::vector<uint8_t> ReadAllBytes(const std::string& path) {
 
 bool ReadBinaryBytes(const std::vector<uint8_t>& bytes, File& file, std::string& error,
                      const ReadOptions& options) {
-    Parser parser(bytes, options);
     file = File{};
-    const bool ok = parser.Parse(file);
-    error = parser.Error();
-    return ok;
+    error.clear();
+    try {
+        Parser(std::string(bytes.begin(), bytes.end()), options).Parse(file);
+        return true;
+    } catch (const std::runtime_error& violation) {
+        error = violation.what();
+        return false;
+    }
 }
 
 bool ReadBinaryFile(const std::string& path, File& file, std::string& error,

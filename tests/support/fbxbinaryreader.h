@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
 // Structural reader of binary FBX 7 files for tests. It shares no code with the writer: it
@@ -11,27 +10,23 @@
 // the record tree so that tests can look at values.
 namespace fbxtest {
 
-// One value of a record. Scalars keep their type letter ('C', 'Y', 'I', 'F', 'D', 'L');
-// strings and raw data ('S', 'R') keep their bytes; arrays ('f', 'd', 'l', 'i', 'b', 'c', 'h')
-// are inflated and widened to double or int64.
+// One value of a record, scalar ('C', 'Y', 'I', 'L', 'F', 'D'), bytes ('S', 'R') or array
+// ('b', 'c', 'h', 'i', 'l', 'f', 'd', inflated). Numbers are widened to int64 or double.
 struct Value {
     char type = 0;
-    std::variant<int64_t, double, std::string, std::vector<int64_t>, std::vector<double>> data;
-    uint32_t arrayEncoding = 0;  // arrays: 0 raw, 1 zlib
+    std::string bytes;
+    std::vector<int64_t> ints;
+    std::vector<double> reals;
 
-    bool IsArray() const { return type >= 'a' && type <= 'z'; }
-    int64_t Int() const;
-    double Double() const;  // also widens integer scalars
-    const std::string& String() const;
-    const std::vector<int64_t>& Ints() const;
-    const std::vector<double>& Doubles() const;
-    size_t ArraySize() const;
+    int64_t Int() const { return ints.at(0); }
+    const std::string& String() const { return bytes; }
     // Type letter and value as text ("I232", "SModel", "d[1,2.5]"): lets tests compare whole
     // value lists at once.
     std::string Text() const;
 };
 
-std::vector<std::string> Texts(const std::vector<Value>& values);
+// The texts of the values, separated by blanks.
+std::string Texts(const std::vector<Value>& values);
 
 struct Record {
     std::string name;
@@ -40,25 +35,22 @@ struct Record {
     bool hasBlock = false;  // the record carries a child list (ended by a null record)
     uint64_t offset = 0;
 
-    // First child with this name, or null.
-    const Record* Child(const std::string& childName) const;
+    const Record* Child(const std::string& childName) const;  // the first one, or null
     std::vector<const Record*> Children(const std::string& childName) const;
-    // Descends along "A/B/C" from this record.
+    // Descends along "A/B/C" from this record; null when a step is missing.
     const Record* Find(const std::string& path) const;
 };
 
 struct ReadOptions {
     // Arrays of at least this many raw bytes (and at least 1024) must be compressed and all
-    // smaller ones must not; nullopt skips the check (compression off, or unknown settings).
+    // smaller ones must not; nullopt skips the check.
     std::optional<uint32_t> compressMinimumSize = 1024;
-    bool expectCompression = true;
 };
 
 struct File {
     uint32_t version = 0;
-    Record root;  // name empty; the top-level records are its children
-    uint8_t footerCheck[16] = {};
-    uint64_t fileSize = 0;
+    Record root;  // the top-level records are its children
+    std::string footerCheck;
 
     const Record* Find(const std::string& path) const { return root.Find(path); }
 };
