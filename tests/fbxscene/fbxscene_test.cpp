@@ -170,7 +170,9 @@ TEST_F(FbxSceneTest, AttributesDecideTheRecordSubTypes) {
     EXPECT_EQ(skeleton->GetNode(), node);
     EXPECT_TRUE(skeleton->LimbLength.GetFlag(FbxPropertyFlags::eHidden));
     EXPECT_STREQ(node->GetSubTypeName(), "Root");
-    EXPECT_EQ(skeleton->GetTypeFlags(), (std::vector<const char*>{"Null", "Skeleton", "Root"}));
+    const std::vector<const char*> flags = skeleton->GetTypeFlags();
+    EXPECT_EQ(std::vector<std::string>(flags.begin(), flags.end()),
+              (std::vector<std::string>{"Null", "Skeleton", "Root"}));
     skeleton->SetSkeletonType(FbxSkeleton::eLimbNode);
     EXPECT_TRUE(skeleton->GetSkeletonTypeIsSet());
     EXPECT_FALSE(skeleton->LimbLength.GetFlag(FbxPropertyFlags::eHidden));
