@@ -1,40 +1,28 @@
 #include <gtest/gtest.h>
 
 #include <QTemporaryDir>
+#include <sstream>
 
 #include "commandline.h"
 #include "settingsstore.h"
 
 namespace {
 
-CommandLine parse(std::vector<std::string> arguments) {
+// The arguments of `line`, split at blanks.
+CommandLine parse(const std::string& line) {
+    std::vector<std::string> arguments;
+    std::istringstream words(line);
+    for (std::string word; words >> word;) arguments.push_back(word);
     return parseCommandLine(arguments);
 }
 
 }  // namespace
 
 TEST(CommandLine, MapsEachOptionToItsSettingsKeyAndStoredValue) {
-    const CommandLine command = parse({"--preset",
-                                       "Nodes",
-                                       "--naming=unreal",
-                                       "--unit",
-                                       "inches",
-                                       "--scale",
-                                       "2.5",
-                                       "--time-increment",
-                                       "fixed",
-                                       "--time-start",
-                                       "real",
-                                       "--no-calibration-pose",
-                                       "--frame-skip",
-                                       "3",
-                                       "--walk-on-the-spot",
-                                       "--format",
-                                       "binary",
-                                       "--set",
-                                       "naming=x=y",
-                                       "walk.bvh",
-                                       "walk.fbx"});
+    const CommandLine command = parse(
+        "--preset Nodes --naming=unreal --unit inches --scale 2.5 --time-increment fixed "
+        "--time-start real --no-calibration-pose --frame-skip 3 --walk-on-the-spot --format "
+        "binary --set naming=x=y walk.bvh walk.fbx");
     const std::vector<std::pair<QString, QVariant>> expected = {
         {"outputPreset", 0},           {"naming", "unreal"},     {"outputScale", 39.3700787},
         {"outputScale", 2.5},          {"timeIncrementMode", 0}, {"timeStart", 1},
@@ -48,12 +36,11 @@ TEST(CommandLine, MapsEachOptionToItsSettingsKeyAndStoredValue) {
     }
     EXPECT_EQ(command.input, "walk.bvh");
     EXPECT_EQ(command.output, "walk.fbx");
-    EXPECT_EQ(parse({"--unit", "meters", "--demo", "d.fbx"}).settings[0].second.typeId(),
-              QMetaType::Int);
+    EXPECT_EQ(parse("--unit meters --demo d.fbx").settings[0].second.typeId(), QMetaType::Int);
 
-    const CommandLine demo = parse({"--demo", "--demo-frames", "10", "--demo-rate", "120",
-                                    "--no-demo-fingers", "--demo-props", "0", "--deterministic",
-                                    "-q", "--bvh-unit", "0.056444", "--", "-odd.fbx"});
+    const CommandLine demo = parse(
+        "--demo --demo-frames 10 --demo-rate 120 --no-demo-fingers --demo-props 0 "
+        "--deterministic -q --bvh-unit 0.056444 -- -odd.fbx");
     EXPECT_TRUE(demo.demo);
     EXPECT_EQ(demo.output, "-odd.fbx");
     EXPECT_EQ(demo.demoTake.frames, 10);
@@ -63,35 +50,27 @@ TEST(CommandLine, MapsEachOptionToItsSettingsKeyAndStoredValue) {
     EXPECT_TRUE(demo.deterministic && demo.quiet);
     EXPECT_DOUBLE_EQ(demo.bvhMetresPerUnit, 0.056444);
     EXPECT_DOUBLE_EQ(bvhUnitFromText("inches"), 0.0254);
-    EXPECT_EQ(parse({"--options", "--settings", "s.ini"}).mode, CommandLine::Mode::Options);
-    EXPECT_EQ(parse({"x", "--version"}).mode, CommandLine::Mode::Version);
+    EXPECT_EQ(parse("--options --settings s.ini").mode, CommandLine::Mode::Options);
+    EXPECT_EQ(parse("x --version").mode, CommandLine::Mode::Version);
 }
 
 TEST(CommandLine, TellsUsageErrorsFromInvalidSettings) {
-    const std::vector<std::tuple<std::vector<std::string>, int, std::string>> cases = {
-        {{}, 2, "missing INPUT and OUTPUT.fbx"},
-        {{"a.json"}, 2, "expected INPUT and OUTPUT.fbx"},
-        {{"--demo", "a.fbx", "b.fbx"}, 2, "--demo needs exactly one OUTPUT.fbx"},
-        {{"--options", "a.fbx"}, 2, "--options takes no files"},
-        {{"--bogus", "a", "b"}, 2, "unknown option --bogus"},
-        {{"a", "b", "--preset"}, 2, "--preset needs a value"},
-        {{"--quiet=1", "a", "b"}, 2, "--quiet takes no value"},
-        {{"--set", "naming", "a", "b"}, 2, "--set needs KEY=VALUE"},
-        {{"--demo-props", "5", "--demo", "a"},
-         2,
-         "--demo-props 5: expected a whole number from 0 to 4"},
-        {{"--bvh-unit", "yards", "a", "b"},
-         2,
+    const std::vector<std::tuple<std::string, int, std::string>> cases = {
+        {"", 2, "missing INPUT and OUTPUT.fbx"},
+        {"a.json", 2, "expected INPUT and OUTPUT.fbx"},
+        {"--demo a.fbx b.fbx", 2, "--demo needs exactly one OUTPUT.fbx"},
+        {"--options a.fbx", 2, "--options takes no files"},
+        {"--bogus a b", 2, "unknown option --bogus"},
+        {"a b --preset", 2, "--preset needs a value"},
+        {"--quiet=1 a b", 2, "--quiet takes no value"},
+        {"--set naming a b", 2, "--set needs KEY=VALUE"},
+        {"--demo-props 5 --demo a", 2, "--demo-props 5: expected a whole number from 0 to 4"},
+        {"--bvh-unit yards a b", 2,
          "--bvh-unit yards: expected millimeters, centimeters, meters, inches or metres per unit"},
-        {{"--preset", "mesh", "a", "b"},
-         1,
-         "invalid setting --preset mesh: expected skeleton or nodes"},
-        {{"--naming", "maya", "a", "b"},
-         1,
-         "invalid setting --naming maya: expected default or unreal"},
-        {{"--scale", "-1", "a", "b"}, 1, "invalid setting --scale -1: expected a number above 0"},
-        {{"--frame-skip", "1.5", "a", "b"},
-         1,
+        {"--preset mesh a b", 1, "invalid setting --preset mesh: expected skeleton or nodes"},
+        {"--naming maya a b", 1, "invalid setting --naming maya: expected default or unreal"},
+        {"--scale -1 a b", 1, "invalid setting --scale -1: expected a number above 0"},
+        {"--frame-skip 1.5 a b", 1,
          "invalid setting --frame-skip 1.5: expected a whole number from 0"},
     };
     for (const auto& [arguments, status, message] : cases) {

@@ -6,10 +6,10 @@
 #include <zavo/abstractexporterfactory.h>
 #include <zavo/abstractoptionspage.h>
 #include <QComboBox>
+#include <QDir>
 #include <QFile>
 #include <QPluginLoader>
 #include <QRegularExpression>
-#include <fstream>
 
 #include "demotake.h"
 #include "optionsdialog.h"
@@ -21,8 +21,9 @@
 
 namespace {
 
-void writeText(const QTemporaryDir& folder, const char* name, const std::string& text) {
-    std::ofstream(folder.filePath(name).toStdString(), std::ios::binary) << text;
+void writeBytes(const QTemporaryDir& folder, const char* name, const QByteArray& bytes) {
+    QFile file(folder.filePath(name));
+    if (file.open(QIODevice::WriteOnly)) file.write(bytes);
 }
 
 QByteArray fileBytes(const QString& path) {
@@ -30,63 +31,39 @@ QByteArray fileBytes(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// A take with two frames, the second of them one segment short.
-std::string shortFrameTake() {
-    DemoTakeOptions options;
-    options.frames = 2;
-    options.props = 0;
-    options.fingers = false;
-    Take take = makeDemoTake(options);
-    take.frames[1]->segments.pop_back();
-    std::ostringstream text;
-    writeTake(take, text);
-    return text.str();
-}
-
-// A clip whose last frame was cut off in the middle.
-const char* const truncatedClip =
-    "HIERARCHY\nROOT Hips\n{\n  OFFSET 0 0 0\n  CHANNELS 6 Xposition Yposition Zposition "
-    "Zrotation Yrotation Xrotation\n}\nMOTION\nFrames: 3\nFrame Time: 0.0083333\n"
-    "0 17 0 0 0 0\n0 17 1 0 0 0\n0 17";
-
 }  // namespace
 
 TEST(ExportFailure, EndsWithStatusOneLineAndNoFile) {
     QTemporaryDir folder;
-    writeText(folder, "bad.json", R"({"format": "zavo-take", "version": 1,)");
-    writeText(folder, "short.json", shortFrameTake());
-    writeText(folder, "cut.bvh", truncatedClip);
-    const std::vector<std::tuple<QStringList, int, QString>> cases = {
-        {{"bad.json", "out.fbx"}, 1, "bad.json: expected a string (line 1, column 38)"},
-        {{"short.json", "out.fbx"},
-         1,
+    writeBytes(folder, "bad.json", R"({"format": "zavo-take", "version": 1,)");
+    Take take = makeDemoTake({.frames = 2, .fingers = false, .props = 0});
+    take.frames[1]->segments.pop_back();
+    writeTakeFile(take, folder.filePath("short.json").toStdString());
+    writeBytes(folder, "cut.bvh",  // the last frame cut off in the middle
+               fileBytes(ZAVO_BVH_DATA_DIR "/cmu_02_03_run.bvh").chopped(300));
+    const std::vector<std::tuple<QString, int, QString>> cases = {
+        {"bad.json out.fbx", 1, "bad.json: expected a string (line 1, column 38)"},
+        {"short.json out.fbx", 1,
          "short.json: frames[1].segments: expected 23 segments (one per segment name), found 22"},
-        {{"cut.bvh", "out.fbx"}, 1, "cut.bvh: line 12: frame 2: expected 6 numbers, found 2"},
-        {{"missing.json", "out.fbx"}, 1, "missing.json: cannot open: No such file or directory"},
-        {{"--preset", "mesh", "--demo", "out.fbx"},
-         1,
+        {"cut.bvh out.fbx", 1, "cut.bvh: line 360: frame 172: expected 96 numbers, found 59"},
+        {"missing.json out.fbx", 1, "missing.json: cannot open: No such file or directory"},
+        {"--preset mesh --demo out.fbx", 1,
          "invalid setting --preset mesh: expected skeleton or nodes"},
-        {{"--set", "outputPreset=Mesh", "--demo", "out.fbx"},
-         1,
+        {"--set outputPreset=Mesh --demo out.fbx", 1,
          "out.fbx: the plug-in made no exporter: FBX Preset \"Mesh\" not supported"},
-        {{"--set", "naming=maya", "--demo", "out.fbx"},
-         1,
+        {"--set naming=maya --demo out.fbx", 1,
          "out.fbx: export failed: Invalid naming convention: maya"},
-        {{"--set", "outputscale=2", "--demo", "out.fbx"},
-         1,
+        {"--set outputscale=2 --demo out.fbx", 1,
          "invalid setting outputscale: the plug-in has no such setting"},
-        {{"--demo", "no/such/folder/out.fbx"},
-         1,
+        {"--demo no/such/folder/out.fbx", 1,
          "no/such/folder/out.fbx: no such folder " + folder.filePath("no/such/folder")},
-        {{"--demo", "."}, 1, ".: is a folder"},
-        {{"--plugin", "nothing.so", "--demo", "out.fbx"}, 1, "nothing.so: no such plug-in file"},
-        {{"--demo", "--frame-rate", "30", "out.fbx"},
-         2,
-         "unknown option --frame-rate (see --help)"},
+        {"--demo .", 1, ".: is a folder"},
+        {"--plugin nothing.so --demo out.fbx", 1, "nothing.so: no such plug-in file"},
+        {"--demo --frame-rate 30 out.fbx", 2, "unknown option --frame-rate (see --help)"},
     };
     for (const auto& [arguments, status, message] : cases) {
-        SCOPED_TRACE(arguments.join(' ').toStdString());
-        const ProgramRun run = runProgram(folder, arguments);
+        SCOPED_TRACE(arguments.toStdString());
+        const ProgramRun run = runProgram(folder, arguments.split(' '));
         EXPECT_EQ(run.exitStatus, status);
         EXPECT_EQ(run.standardError.toStdString(),
                   ("zavo-fbx-export: " + message + "\n").toStdString());
@@ -96,7 +73,7 @@ TEST(ExportFailure, EndsWithStatusOneLineAndNoFile) {
 
 TEST(ExportFailure, KeepsTheFileThatWasThere) {
     QTemporaryDir folder;
-    writeText(folder, "out.fbx", "an earlier export");
+    writeBytes(folder, "out.fbx", "an earlier export");
     const ProgramRun run = runProgram(folder, {"--set", "naming=maya", "--demo", "out.fbx"});
     EXPECT_EQ(run.exitStatus, 1);
     EXPECT_EQ(fileBytes(folder.filePath("out.fbx")), "an earlier export");
@@ -122,9 +99,7 @@ TEST(ExportSuccess, SummarisesAndRepeatsItselfByteForByte) {
     // The demo take through a take file gives the same bytes: the reader loses nothing the
     // plug-in uses.
     QDir(folder.path()).mkdir("again");
-    std::ostringstream take;
-    writeTake(makeDemoTake({}), take);
-    writeText(folder, "demo.json", take.str());
+    writeTakeFile(makeDemoTake({}), folder.filePath("demo.json").toStdString());
     const ProgramRun again = runProgram(folder, {"--deterministic", "--quiet", "--format", "binary",
                                                  "demo.json", "again/first.fbx"});
     ASSERT_EQ(again.exitStatus, 0) << again.standardError.toStdString();

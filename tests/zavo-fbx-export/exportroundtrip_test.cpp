@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <algorithm>
 #include <cmath>
 
 #include "bodytables.h"
@@ -10,12 +11,16 @@
 #include "bvhtake.h"
 #include "demotake.h"
 #include "programrun.h"
+#include "takemath.h"
+#include "tests/support/fbxassimpscene.h"
+#include "tests/support/fbxbinaryreader.h"
 
 namespace {
 
+using takemath::Vec3;
+
 struct Variant {
-    const char* preset;
-    const char* format;
+    const char *preset, *format;
 };
 const Variant variants[] = {
     {"skeleton", "binary"}, {"skeleton", "ascii"}, {"nodes", "binary"}, {"nodes", "ascii"}};
@@ -25,12 +30,25 @@ bool isExportedFinger(int k) {
     return k % 4 != 0;
 }
 
-double distance(const std::array<double, 3>& a, const std::array<double, 3>& b) {
-    return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
+Vec3 translation(const fbxtest::Matrix& world) {
+    return {world[3], world[7], world[11]};
 }
 
-std::array<double, 3> minus(const std::array<double, 3>& a, const std::array<double, 3>& b) {
-    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+double distance(Vec3 a, Vec3 b) {
+    const Vec3 d = a - b;
+    return std::hypot(d.x, d.y, d.z);
+}
+
+// The largest difference between a world transform's rotation and the rotation `q`.
+double rotationDifference(const fbxtest::Matrix& world, const takemath::Quat& q) {
+    double difference = 0;
+    for (int c = 0; c < 3; ++c) {
+        const Vec3 axis =
+            takemath::rotate(q, {c == 0 ? 1.0 : 0, c == 1 ? 1.0 : 0, c == 2 ? 1.0 : 0});
+        difference = std::max({difference, std::abs(world[c] - axis.x),
+                               std::abs(world[4 + c] - axis.y), std::abs(world[8 + c] - axis.z)});
+    }
+    return difference;
 }
 
 // Exports with the variant's preset and format and loads the result.
@@ -39,31 +57,21 @@ bool exportScene(const QTemporaryDir& folder, QStringList arguments, const Varia
     arguments << "--preset" << variant.preset << "--format" << variant.format << "out.fbx";
     const ProgramRun run = runProgram(folder, arguments);
     EXPECT_EQ(run.exitStatus, 0) << run.standardError.toStdString();
+    // Every binary file must also pass the structural reader.
+    const std::string path = folder.filePath("out.fbx").toStdString();
+    fbxtest::File file;
     std::string error;
-    const bool loaded = loadScene(folder.filePath("out.fbx"),
-                                  std::string(variant.format) == "binary", scene, error);
+    const bool loaded =
+        (std::string(variant.format) == "ascii" || fbxtest::ReadBinaryFile(path, file, error)) &&
+        scene.Load(path, error);
     EXPECT_TRUE(loaded) << error;
     return run.exitStatus == 0 && loaded;
-}
-
-// Node name and global state of every segment the demo take exports.
-std::vector<std::pair<std::string, const SegmentState*>> demoSegments(const Take& take,
-                                                                      const TakePose& pose) {
-    std::vector<std::pair<std::string, const SegmentState*>> segments;
-    for (size_t s = 0; s < pose.segments.size(); ++s)
-        segments.emplace_back(take.segmentNames[s], &pose.segments[s]);
-    for (int hand = 0; hand < 2; ++hand)
-        for (int k = 0; k < bodytables::FingerCount; ++k)
-            if (isExportedFinger(k))
-                segments.emplace_back(take.fingerNames[hand][k], &pose.finger(hand, k));
-    return segments;
 }
 
 // A BVH segment as exported: node name, the joint giving its pose, its parent in this list.
 struct BvhSegment {
     std::string name;
-    int joint = 0;
-    int parent = -1;
+    int joint, parent;
 };
 
 std::vector<BvhSegment> bvhSegments(const BvhBodyMap& map) {
@@ -102,9 +110,7 @@ bool isOwnBone(const BvhClip& clip, const std::vector<BvhSegment>& segments, siz
 }  // namespace
 
 TEST(ExportRoundTrip, DemoTakeSegmentsLandWhereTheTakePutsThem) {
-    DemoTakeOptions options;
-    options.frames = 240;
-    const Take take = makeDemoTake(options);
+    const Take take = makeDemoTake({.frames = 240});
     for (const Variant& variant : variants) {
         SCOPED_TRACE(std::string(variant.preset) + " " + variant.format);
         QTemporaryDir folder;
@@ -115,15 +121,24 @@ TEST(ExportRoundTrip, DemoTakeSegmentsLandWhereTheTakePutsThem) {
             const TakePose& pose =
                 frame == 0 ? *take.nullPose : *take.frames[static_cast<size_t>(frame)];
             const double seconds = take.frames[static_cast<size_t>(frame)]->frameTime / 1000.0;
-            for (const auto& [name, state] : demoSegments(take, pose)) {
+            // Host axes (Z up, metres) onto the file's (Y up, centimetres): X = host Y,
+            // Y = host Z, Z = host X.
+            const auto expect = [&](const std::string& name, const SegmentState& state) {
                 ASSERT_TRUE(scene.HasNode(name)) << name;
                 const fbxtest::Matrix world = scene.WorldTransformAt(name, seconds);
-                EXPECT_LT(distance(fbxtest::Translation(world), fbxCentimetres(state->position)),
-                          0.001)
+                const auto& [x, y, z] = state.position;
+                const auto& [qw, qx, qy, qz] = state.orientation;
+                EXPECT_LT(distance(translation(world), {100 * y, 100 * z, 100 * x}), 0.001)
                     << name << " frame " << frame;
-                EXPECT_LT(rotationDifference(world, fbxOrientation(state->orientation)), 1e-4)
+                EXPECT_LT(rotationDifference(world, {qw, qy, qz, qx}), 1e-4)
                     << name << " frame " << frame;
-            }
+            };
+            for (size_t s = 0; s < pose.segments.size(); ++s)
+                expect(take.segmentNames[s], pose.segments[s]);
+            for (int hand = 0; hand < 2; ++hand)
+                for (int k = 0; k < bodytables::FingerCount; ++k)
+                    if (isExportedFinger(k))
+                        expect(take.fingerNames[hand][k], pose.finger(hand, k));
         }
     }
 }
@@ -142,8 +157,7 @@ int expectClipFrame(const fbxtest::AssimpScene& scene, const BvhClip& clip,
     // BVH axes are the FBX axes; output in centimetres. Frame 0 shows the rest pose.
     const std::vector<BvhJointPose> fk = bvhForwardKinematics(clip, frame == 0 ? -1 : frame);
     const auto expected = [&](const BvhSegment& s) {
-        const takemath::Vec3 p = (100 * metresPerUnit) * fk[static_cast<size_t>(s.joint)].position;
-        return std::array<double, 3>{p.x, p.y, p.z};
+        return (100 * metresPerUnit) * fk[static_cast<size_t>(s.joint)].position;
     };
     const double seconds = defaultFrameTime(frame, 1.0 / clip.frameTime) / 1000.0;
     int compared = 0;
@@ -151,13 +165,13 @@ int expectClipFrame(const fbxtest::AssimpScene& scene, const BvhClip& clip,
         const BvhSegment& segment = segments[i];
         const fbxtest::Matrix world = scene.WorldTransformAt(segment.name, seconds);
         const takemath::Quat q = fk[static_cast<size_t>(segment.joint)].orientation;
-        EXPECT_LT(rotationDifference(world, {q.w, q.x, q.y, q.z}), 1e-4) << segment.name;
-        std::array<double, 3> got = fbxtest::Translation(world), want = expected(segment);
+        EXPECT_LT(rotationDifference(world, q), 1e-4) << segment.name;
+        Vec3 got = translation(world), want = expected(segment);
         if (skeleton && !wholeChain[i]) {
             if (!isOwnBone(clip, segments, i)) continue;
             const BvhSegment& parent = segments[static_cast<size_t>(segment.parent)];
-            got = minus(got, fbxtest::Translation(scene.WorldTransformAt(parent.name, seconds)));
-            want = minus(want, expected(parent));
+            got = got - translation(scene.WorldTransformAt(parent.name, seconds));
+            want = want - expected(parent);
         }
         EXPECT_LT(distance(got, want), 0.01) << segment.name << " frame " << frame;
         ++compared;

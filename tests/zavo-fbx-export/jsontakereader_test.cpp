@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <sstream>
 
 #include "demotake.h"
@@ -11,49 +11,28 @@
 
 namespace {
 
-void expectSamePose(const TakePose& a, const TakePose& b) {
-    EXPECT_EQ(a.valid, b.valid);
-    EXPECT_EQ(a.absoluteTime, b.absoluteTime);
-    EXPECT_EQ(a.frameTime, b.frameTime);
-    EXPECT_EQ(a.poseOffset, b.poseOffset);
-    ASSERT_EQ(a.segments.size(), b.segments.size());
-    ASSERT_EQ(a.fingers.size(), b.fingers.size());
-    for (size_t i = 0; i < a.segments.size(); ++i) {
-        EXPECT_EQ(a.segments[i].position, b.segments[i].position);
-        EXPECT_EQ(a.segments[i].orientation, b.segments[i].orientation);
-    }
-    for (size_t i = 0; i < a.fingers.size(); ++i)
-        EXPECT_EQ(a.fingers[i].orientation, b.fingers[i].orientation);
+std::string takeText(const Take& take) {
+    std::ostringstream text;
+    writeTake(take, text);
+    return text.str();
 }
 
-void expectSameTake(const Take& a, const Take& b) {
-    EXPECT_EQ(a.frameRate, b.frameRate);
-    EXPECT_EQ(a.recordStartTime, b.recordStartTime);
-    EXPECT_EQ(a.userComment, b.userComment);
-    EXPECT_EQ(a.segmentNames, b.segmentNames);
-    EXPECT_EQ(a.fingerNames, b.fingerNames);
-    ASSERT_EQ(a.joints.size(), b.joints.size());
-    for (size_t i = 0; i < a.joints.size(); ++i) EXPECT_EQ(a.joints[i].child, b.joints[i].child);
-    ASSERT_EQ(a.frames.size(), b.frames.size());
-    expectSamePose(*a.nullPose, *b.nullPose);
-    for (size_t i = 0; i < a.frames.size(); ++i) {
-        ASSERT_EQ(a.frames[i].has_value(), b.frames[i].has_value()) << "frame " << i;
-        if (a.frames[i]) expectSamePose(*a.frames[i], *b.frames[i]);
-    }
+// `count` copies of `item`, comma-separated.
+std::string list(const std::string& item, int count) {
+    std::string text = item;
+    for (int i = 1; i < count; ++i) text += "," + item;
+    return text;
 }
 
-// A take with 23 segments whose frames are given as JSON text.
+// A take with 23 body segments; each 'P' in `frames` is a pose with every segment at rest.
 std::string bodyTake(const std::string& frames, const std::string& extra = "") {
-    std::string segments = "[";
-    for (int i = 0; i < 23; ++i) segments += std::string(i ? "," : "") + "[0,0,1,1,0,0,0]";
-    segments += "]";
-    std::string names = "[";
-    for (int i = 0; i < 23; ++i)
-        names += std::string(i ? "," : "") + "\"S" + std::to_string(i) + "\"";
-    names += "]";
-    std::string text = R"({"format":"zavo-take","version":1,"frameRate":240,"segmentNames":)" +
-                       names + extra + R"(,"frames":[)";
-    for (char c : frames) text += c == 'P' ? R"({"segments":)" + segments + "}" : std::string(1, c);
+    std::string names = "\"S0\"";
+    for (int i = 1; i < 23; ++i) names += ",\"S" + std::to_string(i) + "\"";
+    std::string text = R"({"format":"zavo-take","version":1,"frameRate":240,"segmentNames":[)" +
+                       names + "]" + extra + R"(,"frames":[)";
+    for (char c : frames)
+        text +=
+            c == 'P' ? R"({"segments":[)" + list("[0,0,1,1,0,0,0]", 23) + "]}" : std::string(1, c);
     return text + "]}";
 }
 
@@ -73,8 +52,10 @@ TEST(JsonTakeReader, ReadsBackWhatTheWriterWroteThroughTheFileBuffer) {
     writeTakeFile(take, path);
     const Take read = readTakeFile(path);
     std::remove(path.c_str());
-    expectSameTake(take, read);
-    EXPECT_EQ(read.recordStartUtcOffset, 7200);
+    // The writer spells out every field, so equal texts mean nothing was lost or changed.
+    const std::string want = takeText(take), got = takeText(read);
+    const auto [w, g] = std::mismatch(want.begin(), want.end(), got.begin(), got.end());
+    EXPECT_EQ(std::string(g, got.end()).substr(0, 200), std::string(w, want.end()).substr(0, 200));
     EXPECT_FALSE(read.props.has_value());
 }
 
@@ -100,9 +81,7 @@ TEST(JsonTakeReader, FillsInEveryDefault) {
     EXPECT_FALSE(third.hasFingers());
 
     const Take timed = readTakeText(
-        bodyTake(
-            "P",
-            R"(,"recordStartTime":"2026-04-30T14:03:12.250+02:00","props":[5],"firstFrame":0)"),
+        bodyTake("P", R"(,"recordStartTime":"2026-04-30T14:03:12.250+02:00","props":[5])"),
         "t.json");
     EXPECT_EQ(timed.recordStartTime, 1777550592250);
     EXPECT_EQ(timed.recordStartUtcOffset, 7200);
@@ -112,7 +91,6 @@ TEST(JsonTakeReader, FillsInEveryDefault) {
 }
 
 TEST(JsonTakeReader, NamesFileFrameAndFieldOfABadTake) {
-    const std::string six = R"({"segments":[[0,0,1,1,0,0,0],[0,0,1,1,0,0]]})";
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"", "t.json: expected '{' (a take is one JSON object) (line 1, column 1)"},
         {R"({"format":"zavo-take",)", "t.json: expected a string (line 1, column 23)"},
@@ -128,17 +106,15 @@ TEST(JsonTakeReader, NamesFileFrameAndFieldOfABadTake) {
         {R"({"recordStartTime":"2026-04-30T14:03:12"})",
          "t.json: recordStartTime: expected an ISO 8601 time with a zone, such as "
          "2026-04-30T14:03:12.250Z, found \"2026-04-30T14:03:12\" (line 1, column 41)"},
-        {R"({"frames":[null,)"
-         "\n"
-         R"({"segments":[[0,0,1,1,0,0,0],[0,0,1,1,0,0]]}]})",
+        {"{\"frames\":[null,\n{\"segments\":[[0,0,1,1,0,0,0],[0,0,1,1,0,0]]}]}",
          "t.json: frames[1].segments[1]: expected 7 numbers, found 6 (line 2, column 43)"},
         {R"({"frames":[{"segments":[[0,0,1,1,0,0,"x"]]}]})",
          "t.json: frames[0].segments[0]: expected a number (line 1, column 38)"},
         {R"({"frames":[{"valid":true}]})",
          "t.json: frames[0]: missing field segments (line 1, column 26)"},
-        {R"({"userComment":"a)"
-         "\x01"
-         R"("})",
+        {R"({"frames":[{"fingers":{"left":[)" + list("[0,0,0,1,0,0,0]", 19) + "]}}]}",
+         "t.json: frames[0].fingers.left: expected 20 finger poses, found 19 (line 1, column 336)"},
+        {"{\"userComment\":\"a\x01\"}",
          "t.json: userComment: control character in a string (line 1, column 18)"},
         {R"({"userComment":"\q"})", "t.json: userComment: invalid escape \\q (line 1, column 19)"},
         {bodyTake("P") + "x",
@@ -160,24 +136,5 @@ TEST(JsonTakeReader, NamesFileFrameAndFieldOfABadTake) {
             EXPECT_EQ(error.what(), message) << text;
         }
     }
-}
-
-TEST(JsonTakeReader, RejectsFingerDataOfTheWrongSize) {
-    std::string hand = "[";
-    for (int i = 0; i < 19; ++i) hand += std::string(i ? "," : "") + "[0,0,0,1,0,0,0]";
-    hand += "]";
-    const std::string text = R"({"frames":[{"fingers":{"left":)" + hand + "}}]}";
-    EXPECT_THROW(
-        {
-            try {
-                readTakeText(text, "t.json");
-            } catch (const TakeError& error) {
-                EXPECT_STREQ(error.what(),
-                             "t.json: frames[0].fingers.left: expected 20 finger poses, found 19 "
-                             "(line 1, column 336)");
-                throw;
-            }
-        },
-        TakeError);
     EXPECT_THROW(readTakeFile("/nonexistent/walk.json"), TakeError);
 }
