@@ -38,16 +38,12 @@ TEST(FbxIOBinary, ScalarsStringsAndArraysOfEveryType) {
         io.FieldWriteUI(4000000000u);
         io.FieldWriteB(true);
         io.FieldWriteLL(-5000000000LL);
-        io.FieldWriteULL(1ULL << 63);
         io.FieldWriteD(0.25);
         io.FieldWriteF(1.5f);
         io.FieldWriteShort(-3);
-        io.FieldWriteUShort(65535);
         io.FieldWriteCH('Y');
-        io.FieldWriteByte(-1);
         io.FieldWriteUByte(200);
         io.FieldWriteS("Model::Hips");
-        io.FieldWriteC("plain");
         io.FieldWriteS(nullptr);
         io.FieldWriteR("r\0w", 3);
         io.FieldWrite3D(xyzw);
@@ -56,14 +52,10 @@ TEST(FbxIOBinary, ScalarsStringsAndArraysOfEveryType) {
         io.FieldWriteArrayD(2, xyzw, 3, 4 * sizeof(double));  // xyz of two xyzw elements
         io.FieldWriteArrayF(2, std::array{0.5f, -1.0f}.data());
         io.FieldWriteArrayI(2, std::array{-1, 2}.data());
-        io.FieldWriteArrayUI(1, std::array{3000000000u}.data());
         io.FieldWriteArrayLL(1, std::array{-(1LL << 40)}.data());
-        io.FieldWriteArrayULL(1, std::array{7ULL}.data());
         io.FieldWriteArrayB(2, std::array{true, false}.data());
         io.FieldWriteArrayBytes(1, std::array<unsigned char, 1>{250}.data());
-        io.FieldWriteArraySBytes(1, std::array<signed char, 1>{-2}.data());
         io.FieldWriteArrayShort(1, std::array<short, 1>{-300}.data());
-        io.FieldWriteArrayUShort(1, std::array<unsigned short, 1>{600}.data());
         io.FieldWriteArrayD(0, static_cast<const double*>(nullptr));
         io.FieldWriteArrayLL(3, [](int64_t* out, size_t first, size_t n) {
             for (size_t i = 0; i < n; ++i) out[i] = static_cast<int64_t>(first + i) * 10;
@@ -74,22 +66,20 @@ TEST(FbxIOBinary, ScalarsStringsAndArraysOfEveryType) {
     });
     ASSERT_NE(nullptr, out.file.Find("Values")) << "a quoted field name loses its quotes";
     EXPECT_EQ(
-        "I-7 I-294967296 I1 L-5000000000 L-9223372036854775808 D0.25 F1.5 Y-3 Y-1 C89 "
-        "C255 C200 SHips\0\x01Model Splain S Rr\0w D1 D2 D3"s,
+        "I-7 I-294967296 I1 L-5000000000 D0.25 F1.5 Y-3 C89 C200 SHips\0\x01Model S Rr\0w "
+        "D1 D2 D3"s,
         Texts(out.file.Find("Values")->values));
     EXPECT_EQ(
-        "d[1,2,3,4,5,6] f[0.5,-1] i[-1,2] i[-1294967296] l[-1099511627776] l[7] b[1,0] "
-        "c[250] c[254] h[-300] h[600] d[] l[0,10,20]",
+        "d[1,2,3,4,5,6] f[0.5,-1] i[-1,2] l[-1099511627776] b[1,0] c[250] h[-300] d[] "
+        "l[0,10,20]",
         Texts(out.file.Find("Arrays")->values));
     const fbxtest::Record* empty = out.file.Find("Empty");
     EXPECT_TRUE(empty && empty->values.empty() && !empty->hasBlock);
 }
 
 TEST(FbxIOBinary, TimesAreLegacyTicksIn7700AndPlainTicksOtherwise) {
-    for (const auto& [version, definition, second] : {std::tuple{7700, 127, "46186158000"},
-                                                      {7400, 127, "46186158000"},
-                                                      {7600, 127, "141120000"},
-                                                      {7700, 0, "141120000"}}) {
+    for (const auto& [version, definition, second] :
+         {std::tuple{7700, 127, "46186158000"}, {7600, 127, "141120000"}, {7700, 0, "141120000"}}) {
         const BinaryFile out = WriteBinary(
             [&](FbxIO& io) {
                 io.FieldWriteT("Time", FbxTime(FBX_TC_SECOND));
@@ -147,18 +137,12 @@ TEST(FbxIOBinary, FooterPaddingAndSourceCheck) {
 TEST(FbxIOBinary, MisuseIsReportedAndStopsLaterWrites) {
     fbxtest::TempDir dir;
     const std::string path = dir.File("bad.fbx");
-    const std::tuple<std::function<void(FbxIO&)>, FbxStatus::EStatusCode, const char*> cases[] = {
-        {[](FbxIO& io) { io.FieldWriteI(1); }, FbxStatus::eInvalidParameter,
-         "Write field error : Field not opened"},
-        {[](FbxIO& io) { io.FieldWriteBlockBegin(); }, FbxStatus::eInvalidParameter,
-         "Write field error : Field not opened"},
-        {[](FbxIO& io) { io.FieldWriteBegin("A"), io.FieldWriteBegin("B"); }, FbxStatus::eFailure,
-         "Begin Field error: last field not closed"},
-    };
-    for (const auto& [misuse, code, message] : cases) {
+    for (const auto& [unclosed, code, message] :
+         {std::tuple{false, FbxStatus::eInvalidParameter, "Write field error : Field not opened"},
+          {true, FbxStatus::eFailure, "Begin Field error: last field not closed"}}) {
         FbxIO io;
         ASSERT_TRUE(io.ProjectCreateEmpty(path.c_str(), 7700, true));
-        misuse(io);
+        unclosed ? (io.FieldWriteBegin("A"), io.FieldWriteBegin("B")) : io.FieldWriteI(1);
         io.FieldWriteI("Later", 2);  // returns at once: the first error stays
         EXPECT_EQ(code, io.GetStatus().GetCode());
         EXPECT_STREQ(message, io.GetStatus().GetErrorString());
@@ -181,20 +165,15 @@ TEST(FbxIOBinary, ReaderRejectsCorruptedFiles) {
         io.FieldWriteBlockEnd();
         io.FieldWriteEnd();
     });
-    // Objects at 27, its child at 27 + 25 + 7 = 59 with its array header after 25 + 4 + 1;
-    // the null record that closes Objects ends where Objects ends.
+    // Objects at 27, its child at 27 + 25 + 7 = 59 with its array header after 25 + 4 + 1.
     const size_t objects = 27, data = 59, array = data + 30;
-    const size_t objectsNull = out.bytes[objects] + 256u * out.bytes[objects + 1] - 25;
     for (const auto& [at, expected] : {std::pair{size_t{0}, "signature"},
                                        {objects, "children do not end"},
                                        {objects + 7, "end offset out of range"},
-                                       {objectsNull, "end offset out of range"},
                                        {data + 16, "value-list length"},
                                        {array, "compressed array does not inflate"},
-                                       {array + 20, "compressed array does not inflate"},
                                        {array + 4, "array of 2000 bytes not compressed"},
-                                       {out.bytes.size() - 40, "bad footer byte"},
-                                       {out.bytes.size() - 1, "bad footer byte"}}) {
+                                       {out.bytes.size() - 40, "bad footer byte"}}) {
         std::vector<uint8_t> bytes = out.bytes;
         ++bytes[at];
         File file;

@@ -39,12 +39,9 @@ void ExpectSceneReadsBack(const std::string& path, const AnimatedSceneShape& sha
     fbxtest::AssimpScene scene;
     std::string error;
     ASSERT_TRUE(scene.Load(path, error)) << error;
-    std::vector<std::string> expectedNames, names = scene.NodeNames();
-    for (int node = 0; node <= shape.joints; ++node)
-        expectedNames.push_back(fbxtest::NodeName(node));
-    std::sort(names.begin(), names.end());
-    std::sort(expectedNames.begin(), expectedNames.end());
-    EXPECT_EQ(expectedNames, names);
+    // Every joint below has its parent checked: with the count this pins the whole tree.
+    EXPECT_EQ(static_cast<size_t>(shape.joints + 1), scene.NodeNames().size());
+    EXPECT_TRUE(scene.HasNode("Reference"));
 
     double worstTime = 0, worstTranslation = 0, worstRotation = 0;
     for (int node = 1; node <= shape.joints; ++node) {
