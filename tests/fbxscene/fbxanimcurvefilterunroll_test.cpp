@@ -10,44 +10,27 @@
 #include <vector>
 
 #include "fbx/scene/fbxanimcurve.h"
-#include "fbx/scene/fbxmanager.h"
-#include "fbx/scene/fbxscene.h"
+#include "tests/fbxscene/scenetest.h"
 
 namespace {
 
 using Matrix = std::array<std::array<double, 3>, 3>;
 
-Matrix AxisRotation(int axis, double degrees) {
-    const double r = degrees * std::numbers::pi / 180.0;
-    const int u = (axis + 1) % 3;
-    const int v = (axis + 2) % 3;
-    Matrix m{};
-    m[axis][axis] = 1.0;
-    m[u][u] = std::cos(r);
-    m[u][v] = -std::sin(r);
-    m[v][u] = std::sin(r);
-    m[v][v] = std::cos(r);
-    return m;
-}
-
-Matrix Multiply(const Matrix& a, const Matrix& b) {
-    Matrix m{};
-    for (int r = 0; r < 3; ++r) {
-        for (int c = 0; c < 3; ++c) {
-            for (int k = 0; k < 3; ++k) {
-                m[r][c] += a[r][k] * b[k][c];
-            }
-        }
-    }
-    return m;
-}
-
 // The rotation an Euler triple stands for, the order's first axis applied first.
 Matrix Rotation(const FbxDouble3& angles, FbxEuler::EOrder order) {
     int a = 0, b = 1, c = 2;
     FbxEuler::GetAxes(order, a, b, c);
-    return Multiply(AxisRotation(c, angles[c]),
-                    Multiply(AxisRotation(b, angles[b]), AxisRotation(a, angles[a])));
+    Matrix m{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+    for (int axis : {a, b, c}) {
+        const double r = angles[axis] * std::numbers::pi / 180.0;
+        const int u = (axis + 1) % 3, v = (axis + 2) % 3;
+        for (int k = 0; k < 3; ++k) {
+            const double mu = m[u][k], mv = m[v][k];
+            m[u][k] = std::cos(r) * mu - std::sin(r) * mv;
+            m[v][k] = std::sin(r) * mu + std::cos(r) * mv;
+        }
+    }
+    return m;
 }
 
 double MatrixDistance(const Matrix& x, const Matrix& y) {
@@ -61,8 +44,7 @@ double MatrixDistance(const Matrix& x, const Matrix& y) {
 }
 
 double Distance(const FbxDouble3& a, const FbxDouble3& b) {
-    return std::sqrt((a[0] - b[0]) * (a[0] - b[0]) + (a[1] - b[1]) * (a[1] - b[1]) +
-                     (a[2] - b[2]) * (a[2] - b[2]));
+    return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
 }
 
 constexpr FbxEuler::EOrder kOrders[] = {FbxEuler::eOrderXYZ, FbxEuler::eOrderXZY,
@@ -75,8 +57,7 @@ TEST(FbxUnrollV2VRefTest, KeepsTheRotationAndComesClosest) {
     std::mt19937 random(7);
     std::uniform_real_distribution<double> angle(-400.0, 400.0);
     for (FbxEuler::EOrder order : kOrders) {
-        double worstRotation = 0.0;
-        double worstExcess = 0.0;
+        double worstRotation = 0.0, worstExcess = 0.0;
         for (int i = 0; i < 2000; ++i) {
             const FbxDouble3 in(angle(random), angle(random), angle(random));
             const FbxDouble3 ref(angle(random), angle(random), angle(random));
@@ -96,24 +77,24 @@ TEST(FbxUnrollV2VRefTest, KeepsTheRotationAndComesClosest) {
 }
 
 TEST(FbxUnrollV2VRefTest, FlipsAndPlainCases) {
-    FbxDouble3 out;
-    EXPECT_FALSE(FbxAnimCurveFilterUnroll::V2VRef(out, FbxDouble3(-170, 0, 0),
-                                                  FbxDouble3(170, 0, 0), FbxEuler::eOrderXYZ));
-    EXPECT_EQ(out, FbxDouble3(190, 0, 0));
-    EXPECT_FALSE(FbxAnimCurveFilterUnroll::V2VRef(out, FbxDouble3(0, 100, 0), FbxDouble3(0, 80, 0),
-                                                  FbxEuler::eOrderXYZ));
-    EXPECT_EQ(out, FbxDouble3(0, 100, 0));
-    // (180, 10, 180) is (0, 170, 0): the flipped form is next to the reference.
-    EXPECT_TRUE(FbxAnimCurveFilterUnroll::V2VRef(out, FbxDouble3(180, 10, 180),
-                                                 FbxDouble3(0, 160, 0), FbxEuler::eOrderXYZ));
-    EXPECT_NEAR(Distance(out, FbxDouble3(0, 170, 0)), 0.0, 1e-9);
-    // Equally far: the flipped form wins.
-    EXPECT_TRUE(FbxAnimCurveFilterUnroll::V2VRef(out, FbxDouble3(-90, 30, -90),
-                                                 FbxDouble3(0, 90, 0), FbxEuler::eOrderXYZ));
-    EXPECT_EQ(out, FbxDouble3(90, 150, 90));
-    EXPECT_FALSE(FbxAnimCurveFilterUnroll::V2VRef(out, FbxDouble3(500, 0, 0), FbxDouble3(0, 0, 0),
-                                                  FbxEuler::eOrderSphericXYZ));
-    EXPECT_EQ(out, FbxDouble3(500, 0, 0));
+    const struct {
+        FbxDouble3 in, ref, out;
+        FbxEuler::EOrder order;
+        bool flipped;
+    } rows[] = {
+        {{-170, 0, 0}, {170, 0, 0}, {190, 0, 0}, FbxEuler::eOrderXYZ, false},
+        {{0, 100, 0}, {0, 80, 0}, {0, 100, 0}, FbxEuler::eOrderXYZ, false},
+        // (180, 10, 180) is (0, 170, 0): the flipped form is next to the reference.
+        {{180, 10, 180}, {0, 160, 0}, {0, 170, 0}, FbxEuler::eOrderXYZ, true},
+        // Equally far: the flipped form wins.
+        {{-90, 30, -90}, {0, 90, 0}, {90, 150, 90}, FbxEuler::eOrderXYZ, true},
+        {{500, 0, 0}, {0, 0, 0}, {500, 0, 0}, FbxEuler::eOrderSphericXYZ, false},
+    };
+    for (const auto& row : rows) {
+        FbxDouble3 out;
+        EXPECT_EQ(FbxAnimCurveFilterUnroll::V2VRef(out, row.in, row.ref, row.order), row.flipped);
+        EXPECT_LT(Distance(out, row.out), 1e-9) << row.in[0] << " " << row.in[1];
+    }
 }
 
 // At a middle angle of 90 or 270 degrees only the sum or the difference of
@@ -126,9 +107,7 @@ TEST(FbxUnrollV2VRefTest, GimbalLockInEveryOrder) {
         for (double middle : {90.0, 270.0, -90.0}) {
             SCOPED_TRACE(testing::Message() << "order " << order << " middle " << middle);
             FbxDouble3 in;
-            in[a] = 40.0;
-            in[b] = middle;
-            in[c] = -10.0;
+            in[a] = 40.0, in[b] = middle, in[c] = -10.0;
             FbxDouble3 ref = in;
             ref[a] -= 30.0;
             ref[c] -= 30.0;
@@ -155,10 +134,8 @@ TEST(FbxUnrollQualityTest, RatioOfRotationToAngleDistance) {
                 0.0, 1e-9);
 }
 
-class FbxUnrollTest : public ::testing::Test {
+class FbxUnrollTest : public SceneTest {
 protected:
-    void TearDown() override { mManager->Destroy(); }
-
     void Key(int frame, const FbxDouble3& angles) {
         for (int i = 0; i < 3; ++i) {
             const int key = mCurves[i]->KeyAdd(FbxTime(frame * 1176000LL));
@@ -171,8 +148,6 @@ protected:
                           mCurves[2]->KeyGetValue(index));
     }
 
-    FbxManager* mManager = FbxManager::Create();
-    FbxScene* mScene = FbxScene::Create(mManager, "scene");
     FbxAnimCurve* mCurves[3] = {FbxAnimCurve::Create(mScene, "x"),
                                 FbxAnimCurve::Create(mScene, "y"),
                                 FbxAnimCurve::Create(mScene, "z")};
@@ -201,44 +176,6 @@ TEST_F(FbxUnrollTest, FailuresLeaveCurvesUnchanged) {
     EXPECT_FALSE(mStatus.Error());
 }
 
-// Angles as a converter gives them: each in (-180, 180], the middle one in
-// [-90, 90]. Past 90 degrees about Y this is the flipped form.
-FbxDouble3 CanonicalXYZ(const Matrix& m) {
-    const double toDegrees = 180.0 / std::numbers::pi;
-    return FbxDouble3(std::atan2(m[2][1], m[2][2]) * toDegrees,
-                      std::asin(std::clamp(-m[2][0], -1.0, 1.0)) * toDegrees,
-                      std::atan2(m[1][0], m[0][0]) * toDegrees);
-}
-
-TEST_F(FbxUnrollTest, RemovesFlipsAndWrapsAlongATake) {
-    // Two turns about Y with a small tilt, keyed every 10 degrees.
-    const int frames = 73;
-    for (int i = 0; i < frames; ++i) {
-        Key(i, CanonicalXYZ(Rotation(FbxDouble3(5, 10.0 * i, 0), FbxEuler::eOrderXYZ)));
-    }
-    ASSERT_GT(std::abs(At(10)[0] - At(8)[0]), 90.0);
-    mFilter.SetTestForPath(false);
-    mFilter.SetQualityTolerance(0.25);
-    ASSERT_TRUE(mFilter.NeedApply(mCurves, 3, &mStatus));
-    ASSERT_TRUE(mFilter.Apply(mCurves, 3, &mStatus));
-    double worst = 0.0;
-    for (int i = 0; i < frames; ++i) {
-        worst = std::max(worst, Distance(At(i), FbxDouble3(5, 10.0 * i, 0)));
-    }
-    EXPECT_LT(worst, 1e-3);
-    EXPECT_FALSE(mFilter.NeedApply(mCurves, 3, &mStatus));
-    EXPECT_EQ(mScene->GetMemberCount<FbxAnimCurve>(), 3);
-    EXPECT_EQ(mCurves[0]->KeyGetFlags(3), 0x2104u);
-}
-
-TEST_F(FbxUnrollTest, WrapAroundContinuesPastOneEighty) {
-    Key(0, FbxDouble3(170, 0, 0));
-    Key(1, FbxDouble3(-170, 0, 0));
-    ASSERT_TRUE(mFilter.Apply(mCurves, 3, &mStatus));
-    EXPECT_EQ(At(0), FbxDouble3(170, 0, 0));
-    EXPECT_EQ(At(1), FbxDouble3(190, 0, 0));
-}
-
 TEST_F(FbxUnrollTest, PathTestStopsAtAPoorKey) {
     Key(0, FbxDouble3(0, 0, 0));
     Key(1, FbxDouble3(0, 0, 0));
@@ -252,32 +189,23 @@ TEST_F(FbxUnrollTest, PathTestStopsAtAPoorKey) {
     EXPECT_FLOAT_EQ(At(3)[0], -170.0f);
 }
 
-TEST_F(FbxUnrollTest, SynchronisesKeysOfTheThreeCurves) {
-    Key(0, FbxDouble3(0, 0, 0));
-    Key(2, FbxDouble3(-170, 0, 0));
-    const int key = mCurves[0]->KeyAdd(FbxTime(1176000));
-    mCurves[0]->KeySetValue(key, 170.0f);
-    ASSERT_TRUE(mFilter.Apply(mCurves, 3, &mStatus));
-    for (FbxAnimCurve* curve : mCurves) {
-        EXPECT_EQ(curve->KeyGetCount(), 3);
-    }
-    EXPECT_FLOAT_EQ(At(2)[0], 190.0f);
-}
-
-TEST_F(FbxUnrollTest, SpanStartsFromTheKeyBeforeIt) {
+// The span starts from the key before it, and a key on one curve gets its
+// fellows on the other two.
+TEST_F(FbxUnrollTest, SpanStartsFromTheKeyBeforeItAndKeysAreSynchronised) {
     Key(0, FbxDouble3(170, 0, 0));
-    Key(1, FbxDouble3(-175, 0, 0));
+    mCurves[0]->KeySetValue(mCurves[0]->KeyAdd(FbxTime(1176000)), -175.0f);
     Key(2, FbxDouble3(-170, 0, 0));
     mFilter.SetStartTime(FbxTime(1176000));
     ASSERT_TRUE(mFilter.Apply(mCurves, 3, &mStatus));
+    EXPECT_EQ(mCurves[2]->KeyGetCount(), 3);
     EXPECT_EQ(At(0), FbxDouble3(170, 0, 0));
     EXPECT_EQ(At(1), FbxDouble3(185, 0, 0));
     EXPECT_EQ(At(2), FbxDouble3(190, 0, 0));
 }
 
 // Seeded random takes in every order, each key keyed as its flipped form or
-// moved by whole turns at random: unrolled, every key is still the take's
-// rotation and consecutive keys are no farther apart than the take's steps.
+// moved by whole turns at random: unrolled in place, every key is still the
+// take's rotation and consecutive keys are no farther apart than the take's steps.
 TEST_F(FbxUnrollTest, RandomTakesKeepTheirRotationsAndBecomeContinuous) {
     std::mt19937 random(2024);
     std::uniform_real_distribution<double> step(-8.0, 8.0);
@@ -285,45 +213,40 @@ TEST_F(FbxUnrollTest, RandomTakesKeepTheirRotationsAndBecomeContinuous) {
         SCOPED_TRACE(testing::Message() << "order " << order);
         int a = 0, b = 1, c = 2;
         FbxEuler::GetAxes(order, a, b, c);
-        FbxAnimCurve* curves[3];
-        for (FbxAnimCurve*& curve : curves) {
-            curve = FbxAnimCurve::Create(mScene, "");
+        for (FbxAnimCurve* curve : mCurves) {
+            curve->KeyClear();
         }
         std::vector<FbxDouble3> take;
         FbxDouble3 angles(20 * step(random), 20 * step(random), 20 * step(random));
         for (int i = 0; i < 300; ++i) {
+            take.push_back(angles);
             FbxDouble3 keyed = angles;
             if (random() % 2) {
                 keyed[a] += 180.0, keyed[b] = 180.0 - keyed[b], keyed[c] += 180.0;
             }
             for (int k = 0; k < 3; ++k) {
                 keyed[k] += 360.0 * (static_cast<int>(random() % 5) - 2);
-                const int key = curves[k]->KeyAdd(FbxTime(i * 1176000LL));
-                curves[k]->KeySetValue(key, static_cast<float>(keyed[k]));
-            }
-            take.push_back(angles);
-            for (int k = 0; k < 3; ++k) {
                 angles[k] += step(random);
             }
+            Key(i, keyed);
         }
         mFilter.SetRotationOrder(order);
-        ASSERT_TRUE(mFilter.Apply(curves, 3, &mStatus));
-        double worstRotation = 0.0;
-        double worstStep = 0.0;
-        FbxDouble3 previous;
+        ASSERT_TRUE(mFilter.NeedApply(mCurves, 3, &mStatus));
+        ASSERT_TRUE(mFilter.Apply(mCurves, 3, &mStatus));
+        EXPECT_FALSE(mFilter.NeedApply(mCurves, 3, &mStatus));
+        EXPECT_EQ(mCurves[0]->KeyGetFlags(3), 0x2104u);
+        double worstRotation = 0.0, worstStep = 0.0;
         for (int i = 0; i < 300; ++i) {
-            const FbxDouble3 out(curves[0]->KeyGetValue(i), curves[1]->KeyGetValue(i),
-                                 curves[2]->KeyGetValue(i));
             worstRotation = std::max(
-                worstRotation, MatrixDistance(Rotation(out, order), Rotation(take[i], order)));
+                worstRotation, MatrixDistance(Rotation(At(i), order), Rotation(take[i], order)));
             for (int k = 0; i > 0 && k < 3; ++k) {
-                worstStep = std::max(worstStep, std::abs(out[k] - previous[k]));
+                worstStep = std::max(worstStep, std::abs(At(i)[k] - At(i - 1)[k]));
             }
-            previous = out;
         }
         EXPECT_LT(worstRotation, 1e-5);
         EXPECT_LE(worstStep, 8.0 + 1e-3);
     }
+    EXPECT_EQ(mScene->GetMemberCount<FbxAnimCurve>(), 3);
 }
 
 }  // namespace
