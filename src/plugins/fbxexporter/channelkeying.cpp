@@ -1,7 +1,17 @@
 #include "channelkeying.h"
 
 #include "fbx/scene/fbxanimcurve.h"
+#include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxproperty.h"
+#include "fbx/scene/fbxscene.h"
+
+FbxNode* animatedNode(FbxScene* scene, FbxAnimLayer* layer, const FbxString& name) {
+    FbxNode* node = scene->FindNodeByName(name);
+    if (!node) return nullptr;
+    node->LclRotation.GetCurveNode(layer, true);
+    node->LclTranslation.GetCurveNode(layer, true);
+    return node;
+}
 
 FbxAnimCurve* keyChannel(FbxProperty& property, FbxAnimLayer* layer, const char* channel,
                          FbxTime time, double value) {

@@ -4,7 +4,14 @@
 
 class FbxAnimCurve;
 class FbxAnimLayer;
+class FbxNode;
 class FbxProperty;
+class FbxScene;
+class FbxString;
+
+// The node of an animated segment, found by name, with its Lcl Rotation and Lcl Translation curve
+// nodes made on `layer` when missing (rotation first). Null when no node has that name.
+FbxNode* animatedNode(FbxScene* scene, FbxAnimLayer* layer, const FbxString& name);
 
 // Adds one linear key of `value` (stored in single precision) at `time` to channel `channel`
 // ("X", "Y", "Z") of an animatable property on `layer`, making the curve when missing. A key

@@ -90,10 +90,8 @@ bool FbxExporterGlobal::exportFrame(int frame) {
     const int hostSegments = pose.segmentStateCount();
     nuvia::Vector3 euler;
     for (int i = 0; i < static_cast<int>(m_segmentNodeNames.size()); ++i) {
-        FbxNode* node = m_scene->FindNodeByName(m_segmentNodeNames[i]);
+        FbxNode* node = animatedNode(m_scene, m_animLayer, m_segmentNodeNames[i]);
         if (!node) continue;
-        node->LclRotation.GetCurveNode(m_animLayer, true);
-        node->LclTranslation.GetCurveNode(m_animLayer, true);
         const SegmentState s =
             i < hostSegments ? hostSegment(pose, i) : fingerJoint(pose, i - hostSegments);
         // Host axes 1, 2, 0 are FBX X, Y, Z. Walking on the spot keeps every segment's horizontal

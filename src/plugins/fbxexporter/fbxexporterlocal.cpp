@@ -92,10 +92,8 @@ bool FbxExporterLocal::exportFrame(int frame) {
     nuvia::Vector3 t, r;
     for (int i = 0; i < count; ++i) {
         m_poseTransform->getSegmentPose(i, t, r);
-        FbxNode* node = m_scene->FindNodeByName(m_segmentNodeNames[i]);
+        FbxNode* node = animatedNode(m_scene, m_animLayer, m_segmentNodeNames[i]);
         if (!node) continue;
-        node->LclRotation.GetCurveNode(m_animLayer, true);
-        node->LclTranslation.GetCurveNode(m_animLayer, true);
         // Only the pelvis moves; every other joint keeps its offset from its parent.
         if (i == 0) keyPelvisTranslation(node, t, pelvis);
         keyChannels(node->LclRotation, m_animLayer, m_keyTime, r[0], r[1], r[2]);

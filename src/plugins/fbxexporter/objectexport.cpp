@@ -51,10 +51,8 @@ bool NuFbxExporter::exportObjectFrame(int frame) {
     nuvia::Quaternion r;
     nuvia::Vector3 euler;
     for (int i = 0; i < static_cast<int>(m_segmentNodeNames.size()); ++i) {
-        FbxNode* node = m_scene->FindNodeByName(m_segmentNodeNames[i]);
+        FbxNode* node = animatedNode(m_scene, m_animLayer, m_segmentNodeNames[i]);
         if (!node) continue;
-        node->LclRotation.GetCurveNode(m_animLayer, true);
-        node->LclTranslation.GetCurveNode(m_animLayer, true);
         // An empty pose places every object at the origin with a zero orientation.
         const NuVector position = pose.pos_g(i);
         const nuvia::Vector3 p = position.size() == 0 ? nuvia::Vector3() : firstThree(position);
