@@ -3,7 +3,7 @@
 # of them are present already.
 set -euo pipefail
 
-packages=(cmake ninja-build g++ qt6-base-dev zlib1g-dev libgtest-dev libgmock-dev
+packages=(cmake ninja-build g++ clang-format qt6-base-dev zlib1g-dev libgtest-dev libgmock-dev
           libbenchmark-dev libassimp-dev)
 
 missing=()
