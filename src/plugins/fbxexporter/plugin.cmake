@@ -1,8 +1,4 @@
 # The Qt plug-in the host loads: factory, options page and plug-in metadata, over the engine.
-if(NOT TARGET fbxexporter_engine)
-  message(STATUS "fbxexporter: no export engine yet, plug-in not built")
-  return()
-endif()
 add_library(fbxexporter MODULE
   fbxexporter.h
   fbxexporterfactory.h
