@@ -36,6 +36,7 @@ QByteArray fileBytes(const QString& path) {
 TEST(ExportFailure, EndsWithStatusOneLineAndNoFile) {
     QTemporaryDir folder;
     writeBytes(folder, "bad.json", R"({"format": "zavo-take", "version": 1,)");
+    writeBytes(folder, "bad.ini", "[group\nkey");
     Take take = makeDemoTake({.frames = 2, .fingers = false, .props = 0});
     take.frames[1]->segments.pop_back();
     writeTakeFile(take, folder.filePath("short.json").toStdString());
@@ -58,7 +59,9 @@ TEST(ExportFailure, EndsWithStatusOneLineAndNoFile) {
         {"--demo no/such/folder/out.fbx", 1,
          "no/such/folder/out.fbx: no such folder " + folder.filePath("no/such/folder")},
         {"--demo .", 1, ".: is a folder"},
+        {"short.json ./short.json", 1, "./short.json: is the input file"},
         {"--plugin nothing.so --demo out.fbx", 1, "nothing.so: no such plug-in file"},
+        {"--settings bad.ini --demo out.fbx", 1, "bad.ini: cannot read the settings (INI) file"},
         {"--demo --frame-rate 30 out.fbx", 2, "unknown option --frame-rate (see --help)"},
     };
     for (const auto& [arguments, status, message] : cases) {

@@ -125,6 +125,8 @@ TEST(JsonTakeReader, NamesFileFrameAndFieldOfABadTake) {
         {bodyTake("P", R"(,"joints":[{"parent":10,"child":30}])"),
          "t.json: joints[0]: segment out of range 0 to 22"},
         {bodyTake("P", R"(,"firstFrame":1)"), "t.json: frames: no frame from firstFrame 1 on"},
+        {bodyTake("P,null,null", R"(,"firstFrame":1)"),
+         "t.json: frames: every frame from firstFrame 1 on is null"},
         {bodyTake("P", R"(,"segmentNames":["a"])"),
          "t.json: segmentNames: a take with a body needs the 23 body segments, found 1"},
     };

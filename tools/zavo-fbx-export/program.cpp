@@ -35,7 +35,10 @@ void warn(const QString& text) {
 std::shared_ptr<SettingsStore> openStore(const CommandLine& command) {
     const QString file =
         command.settingsFile.empty() ? defaultSettingsFile() : fromStd(command.settingsFile);
-    return std::make_shared<SettingsStore>(file);
+    auto store = std::make_shared<SettingsStore>(file);
+    // Running on defaults instead of the user's settings would go unnoticed.
+    if (!store->ok()) throw RunError(file.toStdString() + ": cannot read the settings (INI) file");
+    return store;
 }
 
 QString pluginPath(const CommandLine& command) {
@@ -88,6 +91,10 @@ void runExportCommand(const CommandLine& command) {
     const QString output = fromStd(command.output);
     if (const QString problem = outputPathProblem(output); !problem.isEmpty())
         throw RunError(command.output + ": " + problem.toStdString());
+    // Writing the export over its own take would lose the recording.
+    if (const FileSnapshot input = FileSnapshot::of(fromStd(command.input));
+        !command.demo && input.exists && input.sameFileAs(FileSnapshot::of(output)))
+        throw RunError(command.output + ": is the input file");
     QPluginLoader loader;
     AbstractExporterFactory* factory = loadExporterFactory(loader, pluginPath(command));
     const Take take = loadTake(command);

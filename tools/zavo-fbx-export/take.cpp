@@ -55,6 +55,11 @@ std::string takeProblem(const Take& take) {
     if (std::string problem = indexProblem(take); !problem.empty()) return problem;
     if (take.firstFrame < 0 || take.frameCount() < 1)
         return "frames: no frame from firstFrame " + std::to_string(take.firstFrame) + " on";
+    // The exporter would write a file without any animation.
+    if (std::none_of(take.frames.begin() + take.firstFrame, take.frames.end(),
+                     [](const auto& frame) { return frame.has_value(); }))
+        return "frames: every frame from firstFrame " + std::to_string(take.firstFrame) +
+               " on is null";
     const size_t count = take.segmentNames.size();
     if (take.nullPose)
         if (std::string problem = poseProblem(*take.nullPose, count, "nullPose"); !problem.empty())
