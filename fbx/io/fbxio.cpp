@@ -1,5 +1,6 @@
 #include "fbx/io/fbxio.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "fbx/io/fbxsourcecheck.h"
@@ -52,8 +53,11 @@ FbxIO::EImplementation FbxIO::ImplementationForVersion(int version) {
     return version >= 7500 ? eImpl64 : eImpl32;
 }
 
+// The buffer is allocated in one piece when the file opens; a larger cache gains nothing, and
+// an absurd setting must not make that allocation fail.
 void FbxIO::CacheSize(int megabytes) {
-    mCacheBytes = static_cast<size_t>(megabytes > 0 ? megabytes : 0) * 1024 * 1024;
+    constexpr int kMaxCacheMegabytes = 256;
+    mCacheBytes = static_cast<size_t>(std::clamp(megabytes, 0, kMaxCacheMegabytes)) * 1024 * 1024;
 }
 
 bool FbxIO::ProjectCreateEmpty(const char* fileName, int version, bool binary) {

@@ -179,7 +179,8 @@ private:
     void BinaryBlob(char type, const void* data, size_t size);
     void WriteFooter();
 
-    void AsciiValue(std::string_view text, std::string_view separator = ",");
+    void AsciiValue(std::string_view text, std::string_view separator = ",",
+                    bool countSeparator = false);
     void AsciiString(std::string_view text);
     void AsciiRaw(const void* data, size_t size);
     void AsciiNewLine();

@@ -97,10 +97,21 @@ private:
     Bytef mBuffer[16384];
 };
 
+// The element source as raw bytes; an empty source stays empty, so it is reported, not called.
+template <typename T>
+std::function<void(void*, size_t, size_t)> Untyped(const FbxIO::ArraySource<T>& source) {
+    if (!source) return {};
+    return [&source](void* out, size_t first, size_t n) { source(static_cast<T*>(out), first, n); };
+}
+
 }  // namespace
 
 void FbxIO::FieldWriteArray(const FbxIOArrayType& type, size_t count, const RawSource& source) {
     if (!BeginValue()) return;
+    if (count > 0 && !source) {
+        mStatus.SetCode(FbxStatus::eInvalidParameter, "Invalid array");
+        return;
+    }
     if (count > kMaxArrayBytes / type.size) {
         mStatus.SetCode(FbxStatus::eInvalidParameter, "Array too large");
         return;
@@ -262,22 +273,14 @@ void FbxIO::FieldWriteArrayUShort(int count, const unsigned short* values, int p
 }
 
 void FbxIO::FieldWriteArrayD(size_t count, const ArraySource<double>& source) {
-    FieldWriteArray(kArray<double, 'd'>, count, [&](void* out, size_t first, size_t n) {
-        source(static_cast<double*>(out), first, n);
-    });
+    FieldWriteArray(kArray<double, 'd'>, count, Untyped(source));
 }
 void FbxIO::FieldWriteArrayF(size_t count, const ArraySource<float>& source) {
-    FieldWriteArray(kArray<float, 'f'>, count, [&](void* out, size_t first, size_t n) {
-        source(static_cast<float*>(out), first, n);
-    });
+    FieldWriteArray(kArray<float, 'f'>, count, Untyped(source));
 }
 void FbxIO::FieldWriteArrayI(size_t count, const ArraySource<int32_t>& source) {
-    FieldWriteArray(kArray<int32_t, 'i'>, count, [&](void* out, size_t first, size_t n) {
-        source(static_cast<int32_t*>(out), first, n);
-    });
+    FieldWriteArray(kArray<int32_t, 'i'>, count, Untyped(source));
 }
 void FbxIO::FieldWriteArrayLL(size_t count, const ArraySource<int64_t>& source) {
-    FieldWriteArray(kArray<int64_t, 'l'>, count, [&](void* out, size_t first, size_t n) {
-        source(static_cast<int64_t*>(out), first, n);
-    });
+    FieldWriteArray(kArray<int64_t, 'l'>, count, Untyped(source));
 }

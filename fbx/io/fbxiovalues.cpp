@@ -88,11 +88,12 @@ void FbxIO::BinaryBlob(char type, const void* data, size_t size) {
 }
 
 // Values are separated by "," (strings by ", "); once the line passes its limit the list goes on
-// in a new line indented by depth * depth + 4 blanks.
-void FbxIO::AsciiValue(std::string_view text, std::string_view separator) {
+// in a new line indented by depth * depth + 4 blanks. The column counts each value's text and,
+// for strings only, the separator in front of it.
+void FbxIO::AsciiValue(std::string_view text, std::string_view separator, bool countSeparator) {
     Level& level = mLevels.back();
     const bool first = level.values == 0;
-    mColumn += static_cast<int>(text.size() + (first ? 0 : separator.size()));
+    mColumn += static_cast<int>(text.size() + (first || !countSeparator ? 0 : separator.size()));
     if (!first) mStream.Write(separator.data(), separator.size());
     if (mColumn > kAsciiLineLimit) {
         const int indent = AsciiDepth() * AsciiDepth() + 4;
@@ -107,7 +108,7 @@ void FbxIO::AsciiValue(std::string_view text, std::string_view separator) {
 void FbxIO::AsciiString(std::string_view text) {
     std::string quoted = "\"";
     quoted.append(EscapeAscii(text)).append("\"");
-    AsciiValue(quoted, ", ");
+    AsciiValue(quoted, ", ", true);
 }
 
 // Raw bytes in ASCII: a lone "," and then base64 chunks, one quoted chunk per line.
@@ -222,6 +223,10 @@ void FbxIO::FieldWriteC(const char* value) {
 }
 
 void FbxIO::FieldWriteR(const void* data, size_t size) {
+    if (!data && size > 0) {
+        if (Ready()) mStatus.SetCode(FbxStatus::eInvalidParameter, "Invalid raw data");
+        return;
+    }
     if (!BeginValue()) return;
     mBinary ? BinaryBlob('R', data, size) : AsciiRaw(data, size);
     CheckStream();
@@ -248,9 +253,17 @@ void FbxIO::FieldWriteTS(const FbxTimeSpan& span) {
 }
 
 void FbxIO::FieldWriteDn(const double* values, int count) {
+    if (!values && count > 0) {
+        if (Ready()) mStatus.SetCode(FbxStatus::eInvalidParameter, "Invalid values");
+        return;
+    }
     for (int i = 0; i < count; ++i) FieldWriteD(values[i]);
 }
 
 void FbxIO::FieldWriteFn(const float* values, int count) {
+    if (!values && count > 0) {
+        if (Ready()) mStatus.SetCode(FbxStatus::eInvalidParameter, "Invalid values");
+        return;
+    }
     for (int i = 0; i < count; ++i) FieldWriteF(values[i]);
 }

@@ -37,6 +37,18 @@ bool HasFiniteLimit(const FbxProperty& property) {
            (property.HasMaxLimit() && std::isfinite(property.GetMaxLimit()));
 }
 
+// A limit in an integer value's own type: an open end (or a limit beyond the type) becomes the
+// type's extreme instead of an undefined conversion.
+template <typename Integer>
+Integer Saturated(double limit) {
+    constexpr double kLowest = static_cast<double>(std::numeric_limits<Integer>::lowest());
+    constexpr double kBeyond = -kLowest;  // the first value past the maximum
+    if (std::isnan(limit)) return 0;
+    if (limit <= kLowest) return std::numeric_limits<Integer>::lowest();
+    if (limit >= kBeyond) return std::numeric_limits<Integer>::max();
+    return static_cast<Integer>(limit);
+}
+
 }  // namespace
 
 void FbxWriterFbx7_Impl::WriteObjects() {
@@ -132,14 +144,15 @@ void FbxWriterFbx7_Impl::WritePropertyRecord(const FbxProperty& property) {
         for (double limit : {property.HasMinLimit() ? property.GetMinLimit() : lowest,
                              property.HasMaxLimit() ? property.GetMaxLimit() : highest}) {
             switch (type.GetType()) {
+                case eFbxChar:
                 case eFbxBool:
                 case eFbxInt:
                 case eFbxEnum:
-                    mIO->FieldWriteI(static_cast<int>(limit));
+                    mIO->FieldWriteI(Saturated<int>(limit));
                     break;
                 case eFbxLongLong:
                 case eFbxULongLong:
-                    mIO->FieldWriteLL(static_cast<long long>(limit));
+                    mIO->FieldWriteLL(Saturated<long long>(limit));
                     break;
                 case eFbxFloat:
                     mIO->FieldWriteF(static_cast<float>(limit));

@@ -75,9 +75,10 @@ TEST(FbxIOAscii, LongListsWrap) {
         io.FieldWriteArrayD(static_cast<int>(values.size()), values.data());
         io.FieldWriteEnd();
     });
-    // Column 8 + 4 for the first value, + 5 for each further one: the 23rd passes 120.
+    // Column 8 + 4 for each value (the "," between numbers does not count): the 29th passes
+    // 120.
     std::string expected = "\t\tValues: 1000";
-    for (int i = 1; i < 30; ++i) expected += i == 22 ? ",\n        1000" : ",1000";
+    for (int i = 1; i < 30; ++i) expected += i == 28 ? ",\n        1000" : ",1000";
     EXPECT_NE(std::string::npos, text.find(expected + "\n")) << text;
 
     const size_t open = text.find("Array: *2000 {\n\ta: ") + 20;

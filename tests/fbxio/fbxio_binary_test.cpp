@@ -1,5 +1,6 @@
 #include <array>
 #include <functional>
+#include <limits>
 #include <numeric>
 
 #include "fbx/io/fbxio.h"
@@ -145,6 +146,22 @@ TEST(FbxIOBinary, MisuseIsReportedAndStopsLaterWrites) {
         unclosed ? (io.FieldWriteBegin("A"), io.FieldWriteBegin("B")) : io.FieldWriteI(1);
         io.FieldWriteI("Later", 2);  // returns at once: the first error stays
         EXPECT_EQ(code, io.GetStatus().GetCode());
+        EXPECT_STREQ(message, io.GetStatus().GetErrorString());
+        EXPECT_FALSE(io.ProjectClose());
+    }
+    // Missing data is an error, not a crash; neither is an absurd cache size.
+    for (const auto& [misuse, message] :
+         std::vector<std::pair<std::function<void(FbxIO&)>, const char*>>{
+             {[](FbxIO& io) { io.FieldWriteR(nullptr, 4); }, "Invalid raw data"},
+             {[](FbxIO& io) { io.FieldWrite3D(nullptr); }, "Invalid values"},
+             {[](FbxIO& io) { io.FieldWriteArrayLL(3, FbxIO::ArraySource<int64_t>()); },
+              "Invalid array"}}) {
+        FbxIO io;
+        io.CacheSize(std::numeric_limits<int>::max());
+        ASSERT_TRUE(io.ProjectCreateEmpty(path.c_str(), 7700, true));
+        io.FieldWriteBegin("Bad");
+        misuse(io);
+        EXPECT_EQ(FbxStatus::eInvalidParameter, io.GetStatus().GetCode());
         EXPECT_STREQ(message, io.GetStatus().GetErrorString());
         EXPECT_FALSE(io.ProjectClose());
     }

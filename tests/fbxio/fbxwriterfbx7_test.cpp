@@ -102,6 +102,11 @@ TEST(FbxWriterFbx7, ObjectRecordsPropertiesAndCurves) {
     custom.SetMinLimit(0.0);
     custom.SetMaxLimit(1.0);
     custom.SetLockBits(12);
+    // An integer limit open at one end is written as the type's extreme.
+    FbxProperty level = FbxProperty::Create(
+        joint, FbxIntDT, "Level", FbxPropertyFlags::eAnimatable | FbxPropertyFlags::eUserDefined);
+    level.Set(3);
+    level.SetMinLimit(-5.0);
     joint->LclTranslation.Set(FbxDouble3(1, 2.5, -3));
     const File file = WriteBinary(manager, scene, dir);
 
@@ -114,7 +119,8 @@ TEST(FbxWriterFbx7, ObjectRecordsPropertiesAndCurves) {
         properties.push_back(Texts(p.values));
     EXPECT_EQ((Strings{"SInheritType Senum S S I1", "SDefaultAttributeIndex Sint SInteger S I0",
                        "SLcl Translation SLcl Translation S SA+ D1 D2.5 D-3",
-                       "SStiffness SNumber S SAUHLc D0.5 D0 D1"}),
+                       "SStiffness SNumber S SAUHLc D0.5 D0 D1",
+                       "SLevel SInteger S SAU I3 I-5 I2147483647"}),
               properties);
     const Record* root = FindObject(file, "NodeAttribute", "NodeAttribute::Reference");
     ASSERT_NE(nullptr, root);
