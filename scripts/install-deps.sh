@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(cmake ninja-build g++ clang-format qt6-base-dev zlib1g-dev libgtest-dev libgmock-dev
-          libbenchmark-dev libassimp-dev)
+          libbenchmark-dev libassimp-dev libdeflate-dev pkg-config)
 
 missing=()
 for package in "${packages[@]}"; do

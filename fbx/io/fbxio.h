@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "fbx/io/fbxarraypacker.h"
 #include "fbx/io/fbxcreationtime.h"
 #include "fbx/io/fbxfilestream.h"
 #include "fbx/io/fbxiointernalimpl.h"
@@ -215,4 +216,6 @@ private:
     int mCompressLevel = 1;
     size_t mCacheBytes = 8 * 1024 * 1024;
     std::vector<uint8_t> mArrayChunk;
+    std::vector<uint8_t> mArrayRaw;  // a compressed array, gathered whole
+    FbxArrayPacker mArrayPacker;
 };

@@ -1,6 +1,4 @@
 // Array values of FbxIO: binary (raw or zlib-compressed) and ASCII.
-#include <zlib.h>
-
 #include <cstring>
 #include <limits>
 
@@ -33,69 +31,6 @@ void AppendElement(const uint8_t* element, std::string& out) {
 
 template <typename T, char Code>
 constexpr FbxIOArrayType kArray{Code, sizeof(T), &AppendElement<T>};
-
-// One zlib stream written straight into the file, piece by piece.
-class Deflater {
-public:
-    explicit Deflater(FbxFileStream& out) : mOut(out) {}
-    ~Deflater() {
-        if (mStarted) deflateEnd(&mZ);
-    }
-
-    bool Start(int level) {
-        mStarted = deflateInit(&mZ, level) == Z_OK;
-        return mStarted;
-    }
-    bool Feed(const uint8_t* data, size_t size) {
-        mZ.next_in = const_cast<Bytef*>(data);
-        mZ.avail_in = static_cast<uInt>(size);
-        bool ended = false;
-        while (mZ.avail_in > 0) {
-            if (!Step(Z_NO_FLUSH, ended)) return false;
-        }
-        return true;
-    }
-    bool Finish() {
-        bool ended = false;
-        while (!ended) {
-            if (!Step(Z_FINISH, ended)) return false;
-        }
-        mStarted = false;
-        return deflateEnd(&mZ) == Z_OK;
-    }
-    uint64_t Written() const { return mWritten; }
-
-private:
-    // One deflate call into the buffer, whose output goes to the file. Each result code is
-    // judged on its own: Z_BUF_ERROR only means no progress was possible this time.
-    bool Step(int flush, bool& ended) {
-        mZ.next_out = mBuffer;
-        mZ.avail_out = sizeof mBuffer;
-        const int result = deflate(&mZ, flush);
-        const size_t produced = sizeof mBuffer - mZ.avail_out;
-        switch (result) {
-            case Z_STREAM_END:
-                ended = true;
-                break;
-            case Z_OK:
-                break;
-            case Z_BUF_ERROR:
-                if (produced == 0) return false;
-                break;
-            default:
-                return false;
-        }
-        mOut.Write(mBuffer, produced);
-        mWritten += produced;
-        return true;
-    }
-
-    FbxFileStream& mOut;
-    z_stream mZ{};
-    bool mStarted = false;
-    uint64_t mWritten = 0;
-    Bytef mBuffer[16384];
-};
 
 // The element source as raw bytes; an empty source stays empty, so it is reported, not called.
 template <typename T>
@@ -152,28 +87,31 @@ void FbxIO::BinaryArray(const FbxIOArrayType& type, size_t count, const RawSourc
     }
 }
 
+// Compressed arrays are gathered whole and deflated in one call, which is faster than
+// streaming and lets the packer reuse the bytes of an array it has seen.
 uint64_t FbxIO::BinaryArrayData(const FbxIOArrayType& type, size_t count, const RawSource& source,
                                 bool compress) {
-    Deflater deflater(mStream);
-    if (compress && !deflater.Start(mCompressLevel)) {
-        mStatus.SetCode(FbxStatus::eFailure, "Error writing compressed array data");
-        return 0;
-    }
-    for (size_t first = 0; first < count; first += kChunkElements) {
-        const size_t n = std::min(kChunkElements, count - first);
-        source(mArrayChunk.data(), first, n);
-        if (!compress) {
+    if (!compress) {
+        for (size_t first = 0; first < count; first += kChunkElements) {
+            const size_t n = std::min(kChunkElements, count - first);
+            source(mArrayChunk.data(), first, n);
             mStream.Write(mArrayChunk.data(), n * type.size);
-        } else if (!deflater.Feed(mArrayChunk.data(), n * type.size)) {
-            mStatus.SetCode(FbxStatus::eFailure, "Error writing compressed array data");
-            return 0;
         }
+        return count * type.size;
     }
-    if (compress && !deflater.Finish()) {
+    mArrayRaw.resize(count * type.size);
+    for (size_t first = 0; first < count; first += kChunkElements) {
+        source(mArrayRaw.data() + first * type.size, first,
+               std::min(kChunkElements, count - first));
+    }
+    const std::vector<uint8_t>* packed =
+        mArrayPacker.Pack(mArrayRaw.data(), mArrayRaw.size(), mCompressLevel);
+    if (!packed || packed->empty()) {
         mStatus.SetCode(FbxStatus::eFailure, "Error writing compressed array data");
         return 0;
     }
-    return compress ? deflater.Written() : count * type.size;
+    mStream.Write(packed->data(), packed->size());
+    return packed->size();
 }
 
 // "*<count> {", the elements on an "a: " line one tab deeper, then "}". Long element lists
