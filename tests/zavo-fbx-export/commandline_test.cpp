@@ -3,6 +3,7 @@
 #include <QTemporaryDir>
 #include <sstream>
 
+#include "batchexport.h"
 #include "commandline.h"
 #include "settingsstore.h"
 
@@ -72,6 +73,10 @@ TEST(CommandLine, TellsUsageErrorsFromInvalidSettings) {
         {"--scale -1 a b", 1, "invalid setting --scale -1: expected a number above 0"},
         {"--frame-skip 1.5 a b", 1,
          "invalid setting --frame-skip 1.5: expected a whole number from 0"},
+        {"--output-dir out", 2, "--output-dir needs at least one INPUT"},
+        {"--output-dir out --demo", 2, "--demo and --output-dir exclude each other"},
+        {"--jobs 2 a b", 2, "--jobs needs --output-dir"},
+        {"--output-dir out -j 0 a", 2, "-j 0: expected a whole number from 1"},
     };
     for (const auto& [arguments, status, message] : cases) {
         try {
@@ -82,6 +87,18 @@ TEST(CommandLine, TellsUsageErrorsFromInvalidSettings) {
             EXPECT_EQ(error.what(), message);
         }
     }
+}
+
+TEST(CommandLine, BatchKeepsEveryOtherOptionForItsRuns) {
+    const CommandLine batch =
+        parse("--format binary --output-dir out --jobs=3 --set naming=unreal -q a.bvh -- -b.json");
+    EXPECT_EQ(batch.outputDir, "out");
+    EXPECT_EQ(batch.jobs, 3);
+    EXPECT_EQ(batch.inputs, (std::vector<std::string>{"a.bvh", "-b.json"}));
+    EXPECT_EQ(batch.runOptions,
+              (std::vector<std::string>{"--format", "binary", "--set", "naming=unreal", "-q"}));
+    EXPECT_EQ(batchOutputPath("out", "takes/walk.v2.bvh"), "out/walk.v2.fbx");
+    EXPECT_EQ(batchOutputPath("out/", "run"), "out/run.fbx");
 }
 
 TEST(SettingsStore, RunValuesOverStoredValuesOverDefaults) {

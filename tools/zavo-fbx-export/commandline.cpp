@@ -100,9 +100,13 @@ public:
             if (argument == "--") {
                 while (m_next < m_arguments.size()) m_positionals.push_back(m_arguments[m_next++]);
             } else if (argument.size() > 1 && argument[0] == '-') {
+                const size_t start = m_next - 1;
                 splitValue(argument);
+                if (batchOption()) continue;
                 if (!option(modeGiven)) usageError("unknown option " + m_name);
                 if (m_stop) return m_result;
+                m_result.runOptions.insert(m_result.runOptions.end(), m_arguments.begin() + start,
+                                           m_arguments.begin() + m_next);
             } else {
                 m_positionals.push_back(argument);
             }
@@ -128,6 +132,22 @@ private:
 
     void noValue() {
         if (m_inlineValue) usageError(m_name + " takes no value");
+    }
+
+    bool batchOption() {
+        if (m_name == "--output-dir") {
+            m_result.outputDir = value();
+            if (m_result.outputDir.empty()) usageError("--output-dir needs a folder");
+        } else if (m_name == "--jobs" || m_name == "-j") {
+            const std::string text = value();
+            const auto jobs = parseInteger(text);
+            if (!jobs || *jobs < 1)
+                usageError(m_name + " " + text + ": expected a whole number from 1");
+            m_result.jobs = *jobs;
+        } else {
+            return false;
+        }
+        return true;
     }
 
     bool option(bool& modeGiven) {
@@ -234,8 +254,17 @@ private:
         return true;
     }
 
+    void checkBatch() {
+        if (m_result.mode == CommandLine::Mode::Options) usageError("--options takes no files");
+        if (m_result.demo) usageError("--demo and --output-dir exclude each other");
+        if (m_positionals.empty()) usageError("--output-dir needs at least one INPUT");
+        m_result.inputs = m_positionals;
+    }
+
     void checkPositionals() {
         using Mode = CommandLine::Mode;
+        if (!m_result.outputDir.empty()) return checkBatch();
+        if (m_result.jobs != 1) usageError("--jobs needs --output-dir");
         const size_t expected = m_result.mode == Mode::Options ? 0 : m_result.demo ? 1 : 2;
         if (m_positionals.size() != expected) {
             if (m_result.mode == Mode::Options) usageError("--options takes no files");
@@ -274,11 +303,14 @@ std::string usageText() {
     return R"(Usage:
   zavo-fbx-export [OPTIONS] INPUT OUTPUT.fbx
   zavo-fbx-export [OPTIONS] --demo OUTPUT.fbx
+  zavo-fbx-export [OPTIONS] --output-dir DIR INPUT...
   zavo-fbx-export --options [--settings FILE]
   zavo-fbx-export --help | --version
 
 Exports a take to an FBX file with the FBX exporter plug-in, driving it as the studio does.
 INPUT is a take file (.json) or a BVH file (.bvh); --demo exports the built-in demo take.
+With --output-dir, every INPUT becomes DIR/NAME.fbx (NAME: the input's name without its
+suffix); a failed input does not stop the others.
 
 Export settings (they override the settings store for this run):
   --preset skeleton|nodes          output preset
@@ -306,9 +338,12 @@ Other options:
   --demo-props K        props in the demo take, 0 to 4 (default 1)
   --bvh-unit UNIT       length unit of a BVH file: millimeters, centimeters, meters,
                         inches or metres per file unit (default centimeters)
+  --output-dir DIR      convert every INPUT into DIR (an existing folder)
+  -j, --jobs N          with --output-dir: convert N inputs at once (default 1)
   -q, --quiet           no progress and no summary
   --options             edit the plug-in's settings in its options page
 
-Exit status: 0 file written, 1 export failed, 2 usage error.
+Exit status: 0 file written (every file, with --output-dir), 1 export failed (any), 2 usage
+error, 128 + N ended by signal N (SIGINT, SIGTERM, SIGHUP; the earlier file is kept).
 )";
 }

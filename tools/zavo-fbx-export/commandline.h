@@ -17,6 +17,13 @@ struct CommandLine {
     bool demo = false;
     std::string input;   // take or BVH file; empty with --demo
     std::string output;  // the FBX file
+    // Batch conversion (--output-dir): every input becomes DIR/NAME.fbx, --jobs of them at once.
+    std::string outputDir;  // empty: one INPUT and one OUTPUT
+    std::vector<std::string> inputs;
+    int jobs = 1;
+    // The options as given, without the batch options and the files: what one run of the
+    // batch is started with.
+    std::vector<std::string> runOptions;
     // Settings keys and values in the order given (a later value of a key wins), typed as the
     // plug-in's options page stores them.
     std::vector<std::pair<QString, QVariant>> settings;

@@ -3,7 +3,6 @@
 #include <zavo/abstractexporter.h>
 #include <zavo/abstractexporterfactory.h>
 #include <QFile>
-#include <csignal>
 #include <memory>
 
 #include "outputfile.h"
@@ -11,8 +10,6 @@
 #include "takehost.h"
 
 namespace {
-
-volatile std::sig_atomic_t g_cancel = 0;
 
 [[noreturn]] void fail(const QString& output, const QString& what) {
     throw RunError((output + QStringLiteral(": ") + what).toStdString());
@@ -48,11 +45,11 @@ void driveFrames(AbstractExporter& exporter, const TakeHost& host, const QString
     const int first = host.firstFrame();
     const int count = host.frameCount();
     for (int i = 0; i < count; ++i) {
-        if (g_cancel) cancelRun(exporter, output, QStringLiteral("cancelled"));
         QString error;
         const int frame = first + i;
         const bool ok = guarded([&] { return exporter.exportFrame(frame); }, error);
         ++outcome.framesDriven;
+        if (ok) ++outcome.framesExported;
         if (!ok && error.isEmpty())
             cancelRun(exporter, output,
                       QStringLiteral("frame %1: %2").arg(frame).arg(exporter.lastError()));
@@ -71,10 +68,6 @@ void driveFrames(AbstractExporter& exporter, const TakeHost& host, const QString
 
 }  // namespace
 
-void requestCancel() {
-    g_cancel = 1;
-}
-
 ExportOutcome runExport(AbstractExporterFactory& factory, TakeHost& host, const QString& output,
                         const FrameProgress& progress) {
     const FileSnapshot before = FileSnapshot::of(output);
@@ -92,11 +85,17 @@ ExportOutcome runExport(AbstractExporterFactory& factory, TakeHost& host, const 
     }
     ExportOutcome outcome;
     driveFrames(*exporter, host, output, progress, outcome);
-    if (!guarded([&] { return exporter->finalize(false); }, error))
-        fail(output, QStringLiteral("export failed while writing: ") + error);
+    if (!guarded([&] { return exporter->finalize(false); }, error)) {
+        // The plug-in's reason names the file and what the system said.
+        if (error.isEmpty()) error = exporter->lastError();
+        if (error.isEmpty()) fail(output, QStringLiteral("file not written"));
+        throw RunError(error.toStdString());
+    }
     outcome.pluginLastError = exporter->lastError();
     exporter.reset();
     const FileSnapshot after = FileSnapshot::of(output);
+    // A pipe or a device takes the data without leaving anything to check.
+    if (after.exists && !after.regular) return outcome;
     if (!after.exists || after.sameFileAs(before))
         fail(output, QStringLiteral("file not written (see the FBX writer's messages)"));
     if (after.size == 0) {

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "batchexport.h"
 #include "commandline.h"
 #include "program.h"
 #include "runerror.h"
@@ -52,6 +53,7 @@ int main(int argc, char** argv) {
     std::unique_ptr<QCoreApplication> app(options ? new QApplication(argc, argv)
                                                   : new QCoreApplication(argc, argv));
     QCoreApplication::setApplicationName(QStringLiteral("zavo-fbx-export"));
+    if (!command.outputDir.empty()) return runBatchCommand(command);
     try {
         options ? runOptionsCommand(command) : runExportCommand(command);
     } catch (const RunError& error) {

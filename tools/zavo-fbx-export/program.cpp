@@ -1,13 +1,16 @@
 #include "program.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
 #include <zavo/abstractexporterfactory.h>
 #include <zavo/abstractoptionspage.h>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QPluginLoader>
-#include <csignal>
+
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 #include "bvhtake.h"
 #include "exportdriver.h"
@@ -20,6 +23,8 @@
 #include "runerror.h"
 #include "runsummary.h"
 #include "settingsstore.h"
+#include "signalexit.h"
+#include "standardoutput.h"
 #include "takehost.h"
 
 namespace {
@@ -68,10 +73,27 @@ void reportWarnings(const ExportOutcome& outcome, const TakeHost& host) {
         warn(QStringLiteral("plug-in: ") + outcome.pluginLastError);
 }
 
-void cancelOnSignal(int) {
-    requestCancel();
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
+// "-", or a name of the program's own standard output (/dev/stdout): the FBX data goes there,
+// so nothing else may.
+bool namesStandardOutput(const QString& output) {
+    struct stat named {
+    }, standard{};
+    return output == QLatin1String("-") ||
+           (::stat(QFile::encodeName(output).constData(), &named) == 0 &&
+            ::fstat(STDOUT_FILENO, &standard) == 0 && named.st_dev == standard.st_dev &&
+            named.st_ino == standard.st_ino && !S_ISREG(named.st_mode));
+}
+
+void printSummary(std::FILE* stream, const QString& output, const QString& written,
+                  const ExportOutcome& outcome, double seconds) {
+    const FileSnapshot file = FileSnapshot::of(written);
+    // Reading back a pipe or a device would wait for data that never comes.
+    const FbxContentCount count = file.regular ? countFbxContent(written) : FbxContentCount{};
+    std::fflush(stdout);
+    std::fprintf(stream, "%s\n",
+                 formatRunSummary(output, outcome.framesExported, count, file.size, seconds)
+                     .toLocal8Bit()
+                     .constData());
 }
 
 }  // namespace
@@ -86,15 +108,25 @@ Take loadTake(const CommandLine& command) {
 }
 
 void runExportCommand(const CommandLine& command) {
+    exitOnStoppingSignals(command.output);
     QElapsedTimer timer;
     timer.start();
     const QString output = fromStd(command.output);
     if (const QString problem = outputPathProblem(output); !problem.isEmpty())
         throw RunError(command.output + ": " + problem.toStdString());
-    // Writing the export over its own take would lose the recording.
+    // Writing the export over its own take would lose the recording; a pipe or a device named
+    // twice loses nothing.
     if (const FileSnapshot input = FileSnapshot::of(fromStd(command.input));
-        !command.demo && input.exists && input.sameFileAs(FileSnapshot::of(output)))
+        !command.demo && input.regular && input.sameFileAs(FileSnapshot::of(output)))
         throw RunError(command.output + ": is the input file");
+    // The plug-in prints its progress lines on standard output: silenced by --quiet, and sent
+    // to standard error when the FBX data itself goes to standard output.
+    const bool toStandardOutput = namesStandardOutput(output);
+    std::optional<StandardOutputRedirect> pluginLines;
+    if (command.quiet || toStandardOutput) pluginLines.emplace(command.quiet ? -1 : STDERR_FILENO);
+    const QString written = toStandardOutput && pluginLines->original() >= 0
+                                ? QStringLiteral("/dev/fd/%1").arg(pluginLines->original())
+                                : output;
     QPluginLoader loader;
     AbstractExporterFactory* factory = loadExporterFactory(loader, pluginPath(command));
     const Take take = loadTake(command);
@@ -105,22 +137,14 @@ void runExportCommand(const CommandLine& command) {
     if (command.deterministic) qputenv("ZAVO_FBX_DETERMINISTIC", "1");
 
     ProgressBar bar(stderr, !command.quiet);
-    std::signal(SIGINT, cancelOnSignal);
-    std::signal(SIGTERM, cancelOnSignal);
-    const ExportOutcome outcome = runExport(*factory, host, output, [&](int done, int total) {
+    const ExportOutcome outcome = runExport(*factory, host, written, [&](int done, int total) {
         bar.update(done, total);
         if (done == total) bar.finish();
     });
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
     const double seconds = static_cast<double>(timer.nsecsElapsed()) / 1e9;
-    reportWarnings(outcome, host);
     if (command.quiet) return;
-    const FbxContentCount count = countFbxContent(output);
-    std::fflush(stdout);
-    std::printf("%s\n", formatRunSummary(output, count, FileSnapshot::of(output).size, seconds)
-                            .toLocal8Bit()
-                            .constData());
+    reportWarnings(outcome, host);
+    printSummary(toStandardOutput ? stderr : stdout, output, written, outcome, seconds);
 }
 
 void runOptionsCommand(const CommandLine& command) {
