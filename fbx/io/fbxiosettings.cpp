@@ -1,17 +1,9 @@
 #include "fbx/io/fbxiosettings.h"
 
-#include <cstdlib>
-#include <cstring>
-
 #include "fbx/io/fbxfileversion.h"
 #include "fbx/scene/fbxmanager.h"
 
 FBX_IMPLEMENT_CLASS(FbxIOSettings, "IOSettings", "IOSettings", false)
-
-bool FbxDeterministicDefault() {
-    const char* value = std::getenv(FBX_DETERMINISTIC_ENV);
-    return value && std::strcmp(value, "1") == 0;
-}
 
 FbxIOSettings::FbxIOSettings(FbxManager& manager, const char* name) : FbxObject(manager, name) {
     AddFbxExportGroup();
@@ -28,7 +20,7 @@ void FbxIOSettings::AddFbxExportGroup() {
     }
     AddOption("Export|AdvOptGrp|Fbx", "FBX File Format", FbxString());
     AddOption(EXP_FBX_ASCII, "Type", FbxString("Binary"), {"Binary", "ASCII"});
-    AddOption(EXP_FBX_DETERMINISTIC, "Deterministic FBX", FbxDeterministicDefault());
+    AddOption(EXP_FBX_DETERMINISTIC, "Deterministic FBX", false);
     AddOption(EXP_FBX_EXPORT_FILE_VERSION, "Version", FbxString(FBX_DEFAULT_FILE_VERSION), names);
     AddOption("Export|AdvOptGrp|Fbx|VersionsUIAlias", "Labels", FbxString(), labels);
     AddOption("Export|AdvOptGrp|Fbx|VersionsCompDescriptions", "Desc", FbxString(), descriptions);

@@ -26,11 +26,6 @@ inline constexpr const char* EXP_FBX_COMPRESS_LEVEL = "Export|AdvOptGrp|Fbx|Comp
 inline constexpr const char* EXP_FBX_COMPRESS_MINSIZE = "Export|AdvOptGrp|Fbx|Compress_Minsize";
 inline constexpr const char* EXP_CACHE_SIZE = "Export|AdvOptGrp|Cache|CacheSize";
 
-// Environment variable that, set to "1", makes deterministic output the default: hosts and
-// test runs can ask for byte-identical files without touching the settings.
-inline constexpr const char* FBX_DETERMINISTIC_ENV = "ZAVO_FBX_DETERMINISTIC";
-bool FbxDeterministicDefault();
-
 // The tree of import/export options: typed values addressed by paths whose components are
 // joined by "|". Created with the FBX writer's group ("Export|AdvOptGrp|Fbx", see the
 // EXP_ constants) filled in; an option that is absent reads as the default the caller gives.

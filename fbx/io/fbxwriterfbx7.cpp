@@ -45,7 +45,6 @@ constexpr const char kOutOfDiskSpace[] = "out of disk space";
 
 FbxWriteOptions FbxWriteOptions::Read(const FbxIOSettings* settings) {
     FbxWriteOptions options;
-    options.deterministic = FbxDeterministicDefault();
     if (!settings) return options;
     options.deterministic = settings->GetBoolProp(EXP_FBX_DETERMINISTIC, options.deterministic);
     options.model = settings->GetBoolProp(EXP_FBX_MODEL, options.model);

@@ -13,8 +13,7 @@
 
 namespace {
 
-double gDefaultQualityTolerance = 0.25;
-bool gDefaultTestForPath = false;
+constexpr double kDefaultQualityTolerance = 0.25;
 
 constexpr double kDegree = std::numbers::pi / 180.0;
 
@@ -131,20 +130,12 @@ FbxAnimCurveFilterUnroll::FbxAnimCurveFilterUnroll() {
 
 void FbxAnimCurveFilterUnroll::Reset() {
     FbxAnimCurveFilter::Reset();
-    mQualityTolerance = gDefaultQualityTolerance;
-    mTestForPath = gDefaultTestForPath;
+    mQualityTolerance = kDefaultQualityTolerance;
+    mTestForPath = false;
     mForceAutoTangents = false;
     mRotationOrder = FbxEuler::eOrderXYZ;
     mFlag = false;
     mReplaceMode = 0;
-}
-
-void FbxAnimCurveFilterUnroll::SetDefaultQualityTolerance(double tolerance) {
-    gDefaultQualityTolerance = tolerance;
-}
-
-void FbxAnimCurveFilterUnroll::SetDefaultTestForPath(bool test) {
-    gDefaultTestForPath = test;
 }
 
 bool FbxAnimCurveFilterUnroll::V2VRef(FbxDouble3& out, const FbxDouble3& in, const FbxDouble3& ref,

@@ -13,8 +13,8 @@ public:
     FbxAnimCurveFilterUnroll();
 
     const char* GetName() const override { return "Unroll"; }
-    // Back to the defaults: whole time range, library-wide tolerance and path
-    // test, no forced auto tangents, XYZ order, plain replacement.
+    // Back to the defaults: whole time range, tolerance 0.25, no path test, no
+    // forced auto tangents, XYZ order, plain replacement.
     void Reset() override;
 
     void SetQualityTolerance(double tolerance) { mQualityTolerance = tolerance; }
@@ -31,10 +31,6 @@ public:
     // 2 selects the replacement that keeps keys after the span continuous.
     void SetReplaceMode(int mode) { mReplaceMode = mode; }
     int GetReplaceMode() const { return mReplaceMode; }
-
-    // Library-wide defaults that Reset() takes (0.25 and false initially).
-    static void SetDefaultQualityTolerance(double tolerance);
-    static void SetDefaultTestForPath(bool test);
 
     // Fails, leaving the curves unchanged, with "Number of animation curves is
     // not 3", "Not enough animation curves found", "No keys" or "No key to be

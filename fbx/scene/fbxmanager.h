@@ -76,4 +76,6 @@ private:
     size_t mFreeSlots = 0;
     std::vector<std::pair<const FbxClassId*, FbxObject*>> mDefaultObjects;
     FbxIOSettings* mIOSettings = nullptr;
+    // Ids count per manager, so that one export's ids never depend on what ran before it.
+    FbxUInt64 mLastUniqueId = 0;
 };

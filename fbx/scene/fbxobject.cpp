@@ -7,10 +7,6 @@
 
 namespace {
 
-// Process-wide and never reset: ids stay unique across managers. The model
-// runs on one thread, so no lock.
-FbxUInt64 gLastUniqueId = 0;
-
 template <class T>
 T* At(const std::vector<T*>& list, int index) {
     return index >= 0 && static_cast<size_t>(index) < list.size() ? list[index] : nullptr;
@@ -30,7 +26,7 @@ FbxObject* FbxObject::Create(FbxObject* container, const char* name) {
 }
 
 FbxObject::FbxObject(FbxManager& manager, const char* name)
-    : mManager(&manager), mUniqueId(++gLastUniqueId), mName(name) {}
+    : mManager(&manager), mUniqueId(++manager.mLastUniqueId), mName(name) {}
 
 FbxObject::~FbxObject() = default;
 

@@ -24,7 +24,7 @@ class FbxScene;
 //    "GlobalSettings", "SceneInfo", "Document"); GetNamePrefix() the class part of
 //    the record name ("Model", "AnimStack", ...) and GetNameWithNameSpacePrefix()
 //    the whole "Model::Hips"; GetSubTypeName() the third value ("LimbNode",
-//    "Root", "Null", "Marker" or ""); GetUniqueID() the process-wide id.
+//    "Root", "Null", "Marker" or ""); GetUniqueID() the id, unique among the manager's objects.
 //  - Properties, depth first: for (FbxProperty p = GetFirstProperty();
 //    p.IsValid(); p = GetNextProperty(p)). See FbxProperty for what each gives.
 //  - Template: GetClassId().HasPropertyTemplate() says whether files carry one;

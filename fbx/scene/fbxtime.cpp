@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 
 namespace {
 
@@ -17,12 +16,10 @@ struct TimeModeRow {
     FbxLongLong ticksPerFrame;
 };
 
-// The custom row's rate and text change with SetGlobalTimeMode.
-char gCustomRateText[32] = "12.5";
-
-// Indexed by mode; row 0 is never read (eDefaultMode resolves to the global mode)
-// and row 7 is a mode without a rate.
-TimeModeRow gTimeModeList[FbxTime::eModesCount] = {
+// Indexed by mode; row 0 is never read (eDefaultMode resolves to 30 fps) and row
+// 7 is a mode without a rate. The custom row has no rate of its own: each
+// caller passes the rate of its run, so no run sees another's.
+constexpr TimeModeRow gTimeModeList[FbxTime::eModesCount] = {
     {0.0, "", FbxTime::eDefaultMode, 0, "", 3, 0},
     {120.0, "120", FbxTime::eFrames120, 8, "120 fps", 3, 1176000},
     {100.0, "100", FbxTime::eFrames100, 7, "100 fps", 3, 1411200},
@@ -37,20 +34,20 @@ TimeModeRow gTimeModeList[FbxTime::eModesCount] = {
     {24.0, "24", FbxTime::eFrames24, 1, "24 fps", 3, 5880000},
     {1000.0, "1000", FbxTime::eFrames1000, 11, "1000 fps", 0, 141120},
     {24000.0 / 1001.0, "23.976", FbxTime::eFilmFullFrame, 0, "23.976 fps", 3, 5885880},
-    {12.5, gCustomRateText, FbxTime::eCustom, 0, "Custom", 3, 0},
+    {0.0, "", FbxTime::eCustom, 0, "Custom", 3, 0},
     {96.0, "96", FbxTime::eFrames96, 0, "96 fps", 3, 1470000},
     {72.0, "72", FbxTime::eFrames72, 0, "72 fps", 3, 1960000},
     {60000.0 / 1001.0, "59.94", FbxTime::eFrames59dot94, 0, "59.94 fps", 3, 2354352},
     {120000.0 / 1001.0, "119.88", FbxTime::eFrames119dot88, 0, "119.88 fps", 3, 1177176},
 };
 
-FbxTime::EMode gGlobalTimeMode = FbxTime::eFrames30;
+constexpr FbxTime::EMode kDefaultTimeMode = FbxTime::eFrames30;
 int gTimeCodeDefinition = 127;
 
 // The row a mode stands for; nullptr for numbers outside the table.
 const TimeModeRow* RowOf(FbxTime::EMode mode) {
     if (mode == FbxTime::eDefaultMode) {
-        mode = gGlobalTimeMode;
+        mode = kDefaultTimeMode;
     }
     if (mode <= FbxTime::eDefaultMode || mode >= FbxTime::eModesCount) {
         return nullptr;
@@ -58,24 +55,21 @@ const TimeModeRow* RowOf(FbxTime::EMode mode) {
     return &gTimeModeList[mode];
 }
 
-FbxLongLong TicksPerFrame(const TimeModeRow& row) {
-    if (row.mode == FbxTime::eCustom) {
-        return row.rate > 0.0 ? static_cast<FbxLongLong>(FBX_TC_SECOND / row.rate) : 0;
-    }
-    return row.ticksPerFrame;
+bool IsUsableRate(double rate) {
+    return std::isfinite(rate) && rate > 0.0;
 }
 
-void ApplyGlobalTimeMode(FbxTime::EMode mode, double customRate) {
-    if (mode <= FbxTime::eDefaultMode || mode >= FbxTime::eModesCount) {
-        return;
+// One custom frame is a whole number of ticks, truncated; a rate so low that a frame would
+// not fit the tick count has no frame length.
+FbxLongLong TicksPerFrame(const TimeModeRow& row, double customRate) {
+    if (row.mode != FbxTime::eCustom) {
+        return row.ticksPerFrame;
     }
-    if (mode == FbxTime::eCustom &&
-        (customRate <= 0.0 || (customRate >= 1.0 && FbxIsValidCustomFrameRate(customRate)))) {
-        TimeModeRow& custom = gTimeModeList[FbxTime::eCustom];
-        custom.rate = customRate > 0.0 ? customRate : 30.0;
-        std::snprintf(gCustomRateText, sizeof gCustomRateText, "%g", custom.rate);
+    if (!IsUsableRate(customRate)) {
+        return 0;
     }
-    gGlobalTimeMode = mode;
+    const double ticks = static_cast<double>(FBX_TC_SECOND) / customRate;
+    return ticks < 9.0e18 ? static_cast<FbxLongLong>(ticks) : 0;
 }
 
 bool IsMarker(FbxLongLong ticks) {
@@ -102,58 +96,56 @@ double FbxTime::GetSecondDouble() const {
     return static_cast<double>(mTime) / static_cast<double>(FBX_TC_SECOND);
 }
 
-void FbxTime::SetTime(int hour, int minute, int second, int frame, int field, EMode mode) {
-    const FbxLongLong oneFrame = GetOneFrameValue(mode);
+void FbxTime::SetTime(int hour, int minute, int second, int frame, int field, EMode mode,
+                      double customRate) {
+    const FbxLongLong oneFrame = GetOneFrameValue(mode, customRate);
     mTime = hour * FBX_TC_HOUR + minute * FBX_TC_MINUTE + second * FBX_TC_SECOND +
             frame * oneFrame + field * (oneFrame / 2);
 }
 
-void FbxTime::SetFrame(FbxLongLong frame, EMode mode) {
-    mTime = frame * GetOneFrameValue(mode);
+void FbxTime::SetFrame(FbxLongLong frame, EMode mode, double customRate) {
+    mTime = frame * GetOneFrameValue(mode, customRate);
 }
 
-void FbxTime::SetFramePrecise(double frame, EMode mode) {
-    mTime = static_cast<FbxLongLong>(frame * static_cast<double>(GetOneFrameValue(mode)));
+void FbxTime::SetFramePrecise(double frame, EMode mode, double customRate) {
+    mTime = static_cast<FbxLongLong>(frame *
+                                     static_cast<double>(GetOneFrameValue(mode, customRate)));
 }
 
-FbxLongLong FbxTime::GetFrameCount(EMode mode) const {
-    const FbxLongLong oneFrame = GetOneFrameValue(mode);
+FbxLongLong FbxTime::GetFrameCount(EMode mode, double customRate) const {
+    const FbxLongLong oneFrame = GetOneFrameValue(mode, customRate);
     return oneFrame ? mTime / oneFrame : 0;
 }
 
-double FbxTime::GetFrameCountPrecise(EMode mode) const {
-    const FbxLongLong oneFrame = GetOneFrameValue(mode);
+double FbxTime::GetFrameCountPrecise(EMode mode, double customRate) const {
+    const FbxLongLong oneFrame = GetOneFrameValue(mode, customRate);
     return oneFrame ? static_cast<double>(mTime) / static_cast<double>(oneFrame) : 0.0;
 }
 
-FbxLongLong FbxTime::GetOneFrameValue(EMode mode) {
+FbxLongLong FbxTime::GetOneFrameValue(EMode mode, double customRate) {
     const TimeModeRow* row = RowOf(mode);
-    return row ? TicksPerFrame(*row) : 0;
+    return row ? TicksPerFrame(*row, customRate) : 0;
 }
 
-double FbxTime::GetFrameRate(EMode mode) {
+double FbxTime::GetFrameRate(EMode mode, double customRate) {
     const TimeModeRow* row = RowOf(mode);
+    if (row && row->mode == eCustom) {
+        return IsUsableRate(customRate) ? customRate : 0.0;
+    }
     return row ? row->rate : 0.0;
 }
 
 FbxTime::EMode FbxTime::ConvertFrameRateToTimeMode(double rate, double precision) {
     for (int m = eFrames120; m < eModesCount; ++m) {
+        if (m == eCustom) {
+            continue;
+        }
         const double r = gTimeModeList[m].rate;
         if (r - precision <= rate && rate <= r + precision) {
             return static_cast<EMode>(m);
         }
     }
     return eDefaultMode;
-}
-
-void FbxTime::SetGlobalTimeMode(EMode mode, double customRate) {
-    if (mode != gGlobalTimeMode) {
-        ApplyGlobalTimeMode(mode, customRate);
-    }
-}
-
-FbxTime::EMode FbxTime::GetGlobalTimeMode() {
-    return gGlobalTimeMode;
 }
 
 FbxTime FbxTimeSpan::GetDuration() const {
@@ -217,16 +209,6 @@ bool FbxIsValidCustomFrameRate(double rate) {
     return ticks == std::floor(ticks);
 }
 
-void FbxSetGlobalTimeMode(FbxTime::EMode mode, double customRate) {
-    if (mode != gGlobalTimeMode || mode == FbxTime::eCustom) {
-        ApplyGlobalTimeMode(mode, customRate);
-    }
-}
-
-FbxTime::EMode FbxGetGlobalTimeMode() {
-    return gGlobalTimeMode;
-}
-
 const char* FbxGetTimeModeName(FbxTime::EMode mode) {
     const TimeModeRow* row = RowOf(mode);
     return row ? row->name : "";
@@ -241,8 +223,8 @@ const char* FbxGetGlobalTimeModeString(FbxTime::EMode mode) {
     return FbxGetTimeModeName(mode);
 }
 
-double FbxGetFrameRate(FbxTime::EMode mode) {
-    return FbxTime::GetFrameRate(mode);
+double FbxGetFrameRate(FbxTime::EMode mode, double customRate) {
+    return FbxTime::GetFrameRate(mode, customRate);
 }
 
 int FbxGetOldTimeModeValue(FbxTime::EMode mode) {

@@ -53,22 +53,21 @@ public:
     double GetSecondDouble() const;
     void SetMilliSeconds(FbxLongLong ms) { mTime = ms * FBX_TC_MILLISECOND; }
     FbxLongLong GetMilliSeconds() const { return mTime / FBX_TC_MILLISECOND; }
-    // field counts half frames.
+    // The frame arguments below count frames of `mode`. The custom mode has no rate of its
+    // own: `customRate` (finite and above 0) gives it, and without one a custom frame has no
+    // length. eDefaultMode stands for 30 fps. `field` counts half frames.
     void SetTime(int hour, int minute, int second, int frame = 0, int field = 0,
-                 EMode mode = eDefaultMode);
-    void SetFrame(FbxLongLong frame, EMode mode = eDefaultMode);
-    void SetFramePrecise(double frame, EMode mode = eDefaultMode);
+                 EMode mode = eDefaultMode, double customRate = 0.0);
+    void SetFrame(FbxLongLong frame, EMode mode = eDefaultMode, double customRate = 0.0);
+    void SetFramePrecise(double frame, EMode mode = eDefaultMode, double customRate = 0.0);
     // Whole frames elapsed; 0 for a mode without a rate.
-    FbxLongLong GetFrameCount(EMode mode = eDefaultMode) const;
-    double GetFrameCountPrecise(EMode mode = eDefaultMode) const;
-    // Ticks of one frame of the mode; eDefaultMode stands for the global mode.
-    static FbxLongLong GetOneFrameValue(EMode mode = eDefaultMode);
-    static double GetFrameRate(EMode mode);
-    // First standard or custom mode whose rate lies within precision; eDefaultMode if none.
+    FbxLongLong GetFrameCount(EMode mode = eDefaultMode, double customRate = 0.0) const;
+    double GetFrameCountPrecise(EMode mode = eDefaultMode, double customRate = 0.0) const;
+    // Ticks of one frame of the mode; a custom frame is 141,120,000 / customRate, truncated.
+    static FbxLongLong GetOneFrameValue(EMode mode = eDefaultMode, double customRate = 0.0);
+    static double GetFrameRate(EMode mode, double customRate = 0.0);
+    // First standard mode whose rate lies within precision; eDefaultMode if none.
     static EMode ConvertFrameRateToTimeMode(double rate, double precision = 0.00000001);
-    // Does nothing when mode already is the global mode.
-    static void SetGlobalTimeMode(EMode mode, double customRate = 0.0);
-    static EMode GetGlobalTimeMode();
 
     constexpr FbxTime& operator+=(const FbxTime& t) { return mTime += t.mTime, *this; }
     constexpr FbxTime& operator-=(const FbxTime& t) { return mTime -= t.mTime, *this; }
@@ -125,16 +124,13 @@ FbxLongLong FbxTCToLegacy(FbxLongLong ticks);
 // Legacy ticks back to ticks, truncating; the inverse of FbxTCToLegacy on whole seconds.
 FbxLongLong FbxTCFromLegacy(FbxLongLong legacyTicks);
 
-// A custom rate is usable when one frame is a whole number of ticks.
+// Whether a custom rate divides the second into frames of a whole number of ticks.
 bool FbxIsValidCustomFrameRate(double rate);
-// Like FbxTime::SetGlobalTimeMode, but the custom mode is always re-applied.
-void FbxSetGlobalTimeMode(FbxTime::EMode mode, double customRate = 0.0);
-FbxTime::EMode FbxGetGlobalTimeMode();
 // Display name of a mode ("120 fps", "NTSC Drop", "Custom"); "" for no row.
 const char* FbxGetTimeModeName(FbxTime::EMode mode);
-// Short rate text of a mode ("120", "29.97 drop", "12.5" for custom).
+// Short rate text of a mode ("120", "29.97 drop"; "" for custom, whose rate is the run's).
 const char* FbxGetGlobalFrameRateString(FbxTime::EMode mode);
 const char* FbxGetGlobalTimeModeString(FbxTime::EMode mode);
-double FbxGetFrameRate(FbxTime::EMode mode);
+double FbxGetFrameRate(FbxTime::EMode mode, double customRate = 0.0);
 // The mode number the earlier file generation used for mode.
 int FbxGetOldTimeModeValue(FbxTime::EMode mode);

@@ -2,20 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <utility>
 
 namespace {
-
-// The time-mode table is process-wide: every test leaves it as it found it.
-class FbxTimeModeTest : public ::testing::Test {
-protected:
-    void SetUp() override { mSaved = FbxGetGlobalTimeMode(); }
-    void TearDown() override {
-        FbxSetGlobalTimeMode(FbxTime::eCustom, 12.5);
-        FbxSetGlobalTimeMode(mSaved);
-    }
-    FbxTime::EMode mSaved = FbxTime::eFrames30;
-};
 
 TEST(FbxTimeTest, TickArithmeticIsExact) {
     FbxTime t;
@@ -92,32 +82,32 @@ TEST(FbxTimeTest, LegacyTicks) {
     EXPECT_EQ(FbxTCGetDefinition(), 127);
 }
 
-TEST_F(FbxTimeModeTest, GlobalModeAndCustomRate) {
-    FbxSetGlobalTimeMode(FbxTime::eFrames60);
-    EXPECT_EQ(FbxTime::GetGlobalTimeMode(), FbxTime::eFrames60);
-    EXPECT_EQ(FbxTime::GetOneFrameValue(FbxTime::eDefaultMode), 2352000);
-    EXPECT_DOUBLE_EQ(FbxTime::GetFrameRate(FbxTime::eDefaultMode), 60.0);
-
-    FbxTime::SetGlobalTimeMode(FbxTime::eCustom, 240.0);
-    EXPECT_EQ(FbxTime::GetOneFrameValue(FbxTime::eCustom), 588000);
-    EXPECT_STREQ(FbxGetGlobalFrameRateString(FbxTime::eCustom), "240");
-    EXPECT_EQ(FbxTime::ConvertFrameRateToTimeMode(240.0), FbxTime::eCustom);
-
-    // Already global: the member function leaves the custom rate alone...
-    FbxTime::SetGlobalTimeMode(FbxTime::eCustom, 12.5);
-    EXPECT_DOUBLE_EQ(FbxTime::GetFrameRate(FbxTime::eCustom), 240.0);
-    // ...the free function re-applies it.
-    FbxSetGlobalTimeMode(FbxTime::eCustom, 12.5);
-    EXPECT_DOUBLE_EQ(FbxTime::GetFrameRate(FbxTime::eDefaultMode), 12.5);
-    EXPECT_STREQ(FbxGetGlobalFrameRateString(FbxTime::eCustom), "12.5");
-    EXPECT_EQ(FbxTime::GetOneFrameValue(FbxTime::eDefaultMode), 11289600);
-
-    // A rate that would not give whole ticks per frame is refused.
-    for (double rate : {11.0, 29.97, 0.5}) {
-        FbxSetGlobalTimeMode(FbxTime::eCustom, rate);
-        EXPECT_DOUBLE_EQ(FbxTime::GetFrameRate(FbxTime::eCustom), 12.5) << rate;
+// The custom mode takes the caller's rate, whatever it is, and forgets it afterwards.
+TEST(FbxTimeTest, CustomModeUsesTheGivenRate) {
+    const struct {
+        double rate;
+        FbxLongLong ticks;
+    } rows[] = {
+        {240.0, 588000},   {12.5, 11289600},   {119.88, 1177177},
+        {120.0005, 1175995}, {7.0, 20160000},  {0.5, 282240000},
+        {1e-12, 0},        {0.0, 0},           {-30.0, 0},
+        {std::numeric_limits<double>::quiet_NaN(), 0},
+        {std::numeric_limits<double>::infinity(), 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.rate);
+        EXPECT_EQ(FbxTime::GetOneFrameValue(FbxTime::eCustom, row.rate), row.ticks);
+        FbxTime t;
+        t.SetTime(0, 0, 1, 3, 0, FbxTime::eCustom, row.rate);
+        EXPECT_EQ(t.Get(), FBX_TC_SECOND + 3 * row.ticks);
     }
-    EXPECT_TRUE(FbxIsValidCustomFrameRate(1.0));
+    EXPECT_DOUBLE_EQ(FbxTime::GetFrameRate(FbxTime::eCustom, 120.0005), 120.0005);
+    EXPECT_EQ(FbxTime::GetOneFrameValue(FbxTime::eCustom), 0);
+    EXPECT_EQ(FbxTime::ConvertFrameRateToTimeMode(12.5), FbxTime::eDefaultMode);
+    // Without a mode of its own a time counts 30 fps frames.
+    EXPECT_EQ(FbxTime::GetOneFrameValue(FbxTime::eDefaultMode), 4704000);
+    EXPECT_FALSE(FbxIsValidCustomFrameRate(11.0));
+    EXPECT_TRUE(FbxIsValidCustomFrameRate(240.0));
 }
 
 TEST(FbxTimeSpanTest, DirectionAndUnion) {

@@ -6,11 +6,13 @@
 #include <algorithm>
 
 #include "exportsettings.h"
+#include "fbx/io/fbxiosettings.h"
 #include "fbx/scene/fbxanimcurvefilterunroll.h"
 #include "fbx/scene/fbxanimlayer.h"
 #include "fbx/scene/fbxanimstack.h"
 #include "fbx/scene/fbxdocumentinfo.h"
 #include "fbx/scene/fbxglobalsettings.h"
+#include "fbx/scene/fbxmanager.h"
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxscene.h"
 #include "fbxglue.h"
@@ -22,6 +24,8 @@ namespace {
 constexpr int InvalidSettingCode = 33;
 
 constexpr double TimeModePrecision = 1e-8;
+// Set to "1" by hosts and test runs that want byte-identical files from identical takes.
+constexpr const char* DeterministicVariable = "ZAVO_FBX_DETERMINISTIC";
 constexpr double UnrollQualityTolerance = 0.25;
 
 FbxString utf8(const QString& text) {
@@ -82,6 +86,8 @@ bool NuFbxExporter::initialize(const QString& fileName) {
     m_takeName = takeNameOf(m_fileName);
 
     InitializeSdkObjects(m_manager, m_scene);
+    m_manager->GetIOSettings()->SetBoolProp(EXP_FBX_DETERMINISTIC,
+                                            qgetenv(DeterministicVariable) == "1");
     createDocumentInfo();
     m_animStack = FbxAnimStack::Create(m_scene, m_takeName.toLatin1().constData());
     m_animLayer = FbxAnimLayer::Create(m_scene, "Nuvia Animation Layer");
@@ -122,14 +128,15 @@ void NuFbxExporter::createDocumentInfo() {
 }
 
 void NuFbxExporter::setTimeMode() {
-    // One key per exported frame: the scene plays at the host's rate divided by the skip.
-    const double exportRate = m_host.frameRate() / (m_frameSkip + 1.0);
-    m_timeMode = FbxTime::ConvertFrameRateToTimeMode(exportRate, TimeModePrecision);
+    // One key per exported frame: the scene plays at the host's rate divided by the skip. A
+    // rate without a standard mode is the run's own custom rate, whatever it is; it lives in
+    // this run only, so runs one after another never see each other's rate.
+    m_exportRate = m_host.frameRate() / (m_frameSkip + 1.0);
+    m_timeMode = FbxTime::ConvertFrameRateToTimeMode(m_exportRate, TimeModePrecision);
     if (m_timeMode == FbxTime::eDefaultMode) m_timeMode = FbxTime::eCustom;
-    FbxSetGlobalTimeMode(m_timeMode, exportRate);
     FbxGlobalSettings& settings = m_scene->GetGlobalSettings();
     settings.SetTimeMode(m_timeMode);
-    if (m_timeMode == FbxTime::eCustom) settings.SetCustomFrameRate(exportRate);
+    if (m_timeMode == FbxTime::eCustom) settings.SetCustomFrameRate(m_exportRate);
 }
 
 bool NuFbxExporter::finalize(bool cancelled) {

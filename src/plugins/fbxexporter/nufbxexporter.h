@@ -96,6 +96,7 @@ protected:
     FbxAnimLayer* m_animLayer = nullptr;
     FbxTime m_keyTime;
     FbxTime::EMode m_timeMode = FbxTime::eDefaultMode;
+    double m_exportRate = 0.0;  // frames per second of the file; the custom mode's rate
     int64_t m_startOffset = 0;  // milliseconds since 1970, or 0 when keys start at zero
     bool m_dynamic = true;
     bool m_startAtZero = false;
