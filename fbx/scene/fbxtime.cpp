@@ -108,8 +108,8 @@ void FbxTime::SetFrame(FbxLongLong frame, EMode mode, double customRate) {
 }
 
 void FbxTime::SetFramePrecise(double frame, EMode mode, double customRate) {
-    mTime = static_cast<FbxLongLong>(frame *
-                                     static_cast<double>(GetOneFrameValue(mode, customRate)));
+    mTime =
+        static_cast<FbxLongLong>(frame * static_cast<double>(GetOneFrameValue(mode, customRate)));
 }
 
 FbxLongLong FbxTime::GetFrameCount(EMode mode, double customRate) const {

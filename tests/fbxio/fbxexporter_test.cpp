@@ -32,8 +32,8 @@ TEST(FbxIOSettings, DefaultsAndConversions) {
     EXPECT_TRUE(settings->GetBoolProp(EXP_FBX_ASCII, true)) << "a text does not read as a flag";
     // Deterministic output is asked for by the exporting program, never by the environment.
     ASSERT_EQ(0, setenv("ZAVO_FBX_DETERMINISTIC", "1", 1));
-    EXPECT_FALSE(FbxIOSettings::Create(manager.get(), "fresh")->GetBoolProp(EXP_FBX_DETERMINISTIC,
-                                                                            true));
+    EXPECT_FALSE(
+        FbxIOSettings::Create(manager.get(), "fresh")->GetBoolProp(EXP_FBX_DETERMINISTIC, true));
     ASSERT_EQ(0, unsetenv("ZAVO_FBX_DETERMINISTIC"));
 }
 

@@ -57,8 +57,7 @@ void NuFbxExporter::setKeyTime(int frame) {
         // Every exported frame advances exactly one frame of the export rate.
         const int64_t exported = (int64_t{frame} - m_firstFrame) / (int64_t{m_frameSkip} + 1);
         m_keyTime.SetTime(m_startHours, m_startMinutes, m_startSeconds,
-                          static_cast<int>(exported + m_startFrames), 0, m_timeMode,
-                          m_exportRate);
+                          static_cast<int>(exported + m_startFrames), 0, m_timeMode, m_exportRate);
     } else {
         const auto rate = static_cast<uint64_t>(m_host.frameRate());
         const uint64_t elapsed =
