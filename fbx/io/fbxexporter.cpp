@@ -1,11 +1,5 @@
 #include "fbx/io/fbxexporter.h"
 
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-
 #include "fbx/io/fbxfileversion.h"
 #include "fbx/io/fbxiopluginregistry.h"
 #include "fbx/io/fbxwriterfbx7.h"
@@ -13,29 +7,6 @@
 #include "fbx/scene/fbxscene.h"
 
 FBX_IMPLEMENT_CLASS(FbxExporter, "Exporter", "Exporter", false)
-
-namespace {
-
-// Empty when the file can be written, else the reason it cannot. Files are written beside
-// their target, so the folder must take new files; devices and pipes are written in place.
-std::string WriteProblem(const char* fileName) {
-    std::error_code error;
-    const std::filesystem::path target = std::filesystem::absolute(fileName, error);
-    if (error) return error.message();
-    const auto status = std::filesystem::status(target, error);
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
-        !std::filesystem::is_directory(status)) {
-        return access(target.c_str(), W_OK) == 0 ? std::string() : std::strerror(errno);
-    }
-    const std::filesystem::path folder = target.parent_path();
-    if (!std::filesystem::is_directory(folder, error)) {
-        return std::strerror(std::filesystem::exists(folder, error) ? ENOTDIR : ENOENT);
-    }
-    if (access(folder.c_str(), W_OK | X_OK) != 0) return std::strerror(errno);
-    return {};
-}
-
-}  // namespace
 
 FbxExporter::FbxExporter(FbxManager& manager, const char* name)
     : FbxObject(manager, name), mFileVersion(FBX_DEFAULT_FILE_VERSION) {}
@@ -53,13 +24,6 @@ bool FbxExporter::Initialize(const char* fileName, int fileFormat, FbxIOSettings
     }
     if (!fileName || !*fileName) {
         mStatus.SetCode(FbxStatus::eInvalidParameter, "Invalid file name");
-        return false;
-    }
-    const std::string problem = WriteProblem(fileName);
-    if (!problem.empty()) {
-        const std::string message =
-            std::string("Unable to create the file \"") + fileName + "\": " + problem;
-        mStatus.SetCode(FbxStatus::eFailure, message.c_str());
         return false;
     }
     mFileFormat = format;

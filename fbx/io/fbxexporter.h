@@ -13,8 +13,8 @@ class FbxExporter : public FbxObject {
 public:
     // Binds the exporter to `fileName` and a writer: `fileFormat` is a writer id, or -1 for
     // the native (binary) writer, as every writer here writes .fbx files. `settings` defaults
-    // to the manager's. Fails (see GetStatus) for an empty name, a folder that cannot take
-    // the file, or a format without a writer.
+    // to the manager's. Fails (see GetStatus) for an empty name or a format without a writer;
+    // whether the file can be written is known only when Export() creates it.
     bool Initialize(const char* fileName, int fileFormat = -1, FbxIOSettings* settings = nullptr);
     // Writes the document. The file replaces an existing one only when the whole write
     // succeeds. Writes always complete before returning (`nonBlocking` is ignored).

@@ -39,6 +39,7 @@ bool FbxFileStream::Open(const std::string& target) {
     mFlushed = 0;
     mBuffer.clear();
     mBuffer.reserve(mCapacity);
+    mName = target;
     if (target.empty()) {
         Fail(ENOENT);
         return false;
@@ -115,7 +116,8 @@ void FbxFileStream::Abort() {
 }
 
 std::string FbxFileStream::ErrorText() const {
-    return mErrno ? std::strerror(mErrno) : "";
+    if (!mErrno) return {};
+    return "Could not write " + mName + ": " + std::strerror(mErrno);
 }
 
 void FbxFileStream::Flush() {

@@ -45,6 +45,8 @@ public:
 
     bool Failed() const { return mErrno != 0; }
     int Errno() const { return mErrno; }
+    // The first failure as a sentence naming the output and the system's reason ("Could not
+    // write /data/take.fbx: No space left on device"); empty while nothing failed.
     std::string ErrorText() const;
 
 private:
@@ -59,6 +61,7 @@ private:
     uint64_t mFlushed = 0;
     int mFd = -1;
     int mErrno = 0;
-    std::string mTarget;
+    std::string mName;       // the output as the caller named it, for messages
+    std::string mTarget;     // the file that is replaced: the name with links followed
     std::string mTemporary;  // empty when writing in place
 };

@@ -69,10 +69,7 @@ bool FbxIO::ProjectCreateEmpty(const char* fileName, int version, bool binary) {
     mCreationTime = FbxCreationTime::Now();
     mStream.SetBufferSize(mCacheBytes);
     if (!mStream.Open(fileName ? fileName : "")) {
-        const std::string message = "Unable to create the file \"" +
-                                    std::string(fileName ? fileName : "") +
-                                    "\": " + mStream.ErrorText();
-        mStatus.SetCode(FbxStatus::eFailure, message.c_str());
+        FailWrite();
         return false;
     }
     WriteFileHeader();
@@ -150,8 +147,10 @@ void FbxIO::CheckStream() {
     if (mStream.Failed()) FailWrite();
 }
 
+// The stream's sentence carries the output's name and the system's reason, which is what a
+// user needs to act (free space, fix permissions); it is passed on unchanged.
 void FbxIO::FailWrite() {
-    mStatus.SetCode(FbxStatus::eFailure, "Write error");
+    mStatus.SetCode(FbxStatus::eFailure, mStream.ErrorText().c_str());
 }
 
 void FbxIO::FieldWriteBegin(const char* name) {

@@ -39,8 +39,6 @@ private:
     locale_t mPrevious = static_cast<locale_t>(0);
 };
 
-constexpr const char kOutOfDiskSpace[] = "out of disk space";
-
 }  // namespace
 
 FbxWriteOptions FbxWriteOptions::Read(const FbxIOSettings* settings) {
@@ -77,7 +75,7 @@ bool FbxWriterFbx7_Impl::FileCreate(const char* fileName) {
     std::error_code error;
     const std::filesystem::path path = std::filesystem::absolute(fileName ? fileName : "", error);
     if (!mIO->ProjectCreateEmpty(path.c_str(), mVersion, mBinary)) {
-        mStatus.SetCode(mIO->GetStatus().GetCode(), mIO->GetStatus().GetErrorString());
+        Check();
         return false;
     }
     // Deterministic files take every time-derived byte from the zero time.
@@ -94,11 +92,9 @@ bool FbxWriterFbx7_Impl::FileClose() {
         mIO->ProjectCancel();
         return false;
     }
-    if (!mIO->ProjectClose()) {
-        mStatus.SetCode(FbxStatus::eFailure, kOutOfDiskSpace);
-        return false;
-    }
-    return true;
+    if (mIO->ProjectClose()) return true;
+    Check();
+    return false;
 }
 
 bool FbxWriterFbx7_Impl::Write(FbxDocument* document) {
@@ -119,26 +115,28 @@ bool FbxWriterFbx7_Impl::Write(FbxDocument* document) {
 
 bool FbxWriterFbx7_Impl::WriteSections() {
     WriteHeaderExtension();
-    if (!Check("File is corrupted (or invalid)", FbxStatus::eInvalidFile)) return false;
+    if (!Check()) return false;
     if (mBinary) WriteTopLevelBinaryFields();
     WriteGlobalSettings();
     WriteDocuments();
     WriteReferences();
-    if (!Check(kOutOfDiskSpace)) return false;
+    if (!Check()) return false;
     WriteDefinitions();
-    if (!Check(kOutOfDiskSpace)) return false;
+    if (!Check()) return false;
     WriteObjects();
-    if (!Check(kOutOfDiskSpace)) return false;
+    if (!Check()) return false;
     WriteConnections();
-    if (!Check(kOutOfDiskSpace)) return false;
+    if (!Check()) return false;
     if (mOptions.animation) WriteTakes();
-    return Check(kOutOfDiskSpace);
+    return Check();
 }
 
-// Any error of the field writer stops the write; the status then names the section's failure.
-bool FbxWriterFbx7_Impl::Check(const char* failure, FbxStatus::EStatusCode code) {
-    if (!mIO->GetStatus().Error()) return true;
-    mStatus.SetCode(code, failure);
+// Any error of the field writer stops the write. Its first error is the cause (a full disk,
+// a refused rename), so it is passed on as it is rather than renamed after the section.
+bool FbxWriterFbx7_Impl::Check() {
+    const FbxStatus& status = mIO->GetStatus();
+    if (!status.Error()) return true;
+    mStatus.SetCode(status.GetCode(), status.GetErrorString());
     return false;
 }
 

@@ -59,7 +59,7 @@ private:
     };
 
     bool WriteSections();
-    bool Check(const char* failure, FbxStatus::EStatusCode code = FbxStatus::eFailure);
+    bool Check();
     void WriteBanner(const char* title, bool takes = false);
 
     // fbxwriterfbx7header.cpp

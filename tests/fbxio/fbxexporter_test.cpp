@@ -51,9 +51,7 @@ TEST(FbxExporter, VersionChoiceAndInitializeFailures) {
     for (const auto& [file, format, error] :
          {std::tuple{"take.fbx", 2, "No writer for this file format"},
           {"take.fbx", 9, "No writer for this file format"},
-          {nullptr, -1, "Invalid file name"},
-          {"/proc/version/take.fbx", -1,
-           "Unable to create the file \"/proc/version/take.fbx\": Not a directory"}}) {
+          {nullptr, -1, "Invalid file name"}}) {
         EXPECT_FALSE(exporter->Initialize(file, format));
         EXPECT_STREQ(error, exporter->GetStatus().GetErrorString());
     }

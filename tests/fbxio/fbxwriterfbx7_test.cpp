@@ -230,7 +230,8 @@ TEST(FbxWriterFbx7, FailedWritesReportAndKeepTheOldFile) {
     TempDir dir;
     ManagerScope manager;
     FbxScene* scene = BuildAnimatedScene(manager.get(), {1, true, 2});
-    EXPECT_EQ("out of disk space", Export(manager.get(), scene, "/dev/full"));
+    EXPECT_EQ("Could not write /dev/full: No space left on device",
+              Export(manager.get(), scene, "/dev/full"));
     struct stat info {};
     ASSERT_EQ(0, stat("/dev/full", &info));
     EXPECT_TRUE(S_ISCHR(info.st_mode)) << "a device is written in place, never replaced";
@@ -240,19 +241,24 @@ TEST(FbxWriterFbx7, FailedWritesReportAndKeepTheOldFile) {
     EXPECT_EQ("Invalid document handle", Export(manager.get(), nullptr, target));
 
     // Fault injection: the file system refuses every byte past a limit, for limits spread
-    // over the whole file, with the output unbuffered so that every write meets it.
+    // over the whole file, with the output unbuffered so that every write meets it. The
+    // first refusal is what the user reads, whichever section it hit.
     manager->GetIOSettings()->SetIntProp(EXP_CACHE_SIZE, 0);
-    WriteBinary(manager, scene, dir);  // header patches now go to the file on disk
-    const size_t size = std::filesystem::file_size(dir.File("scene.fbx"));
-    std::filesystem::remove(dir.File("scene.fbx"));
-    for (size_t limit = 0; limit < size; limit += 37) {
-        std::string error;
-        WithFileSizeLimit(limit, [&] { error = Export(manager.get(), scene, target); });
-        EXPECT_TRUE(error == "out of disk space" || error == "File is corrupted (or invalid)" ||
-                    error == "Write error")
-            << limit << ": " << error;
-        ASSERT_EQ("previous take", ReadText(target)) << limit;
-        ASSERT_EQ(Strings{"take.fbx"}, dir.Entries()) << limit;
+    for (const bool ascii : {false, true}) {
+        ASSERT_EQ("", Export(manager.get(), scene, dir.File("whole.fbx"), {.ascii = ascii}));
+        const size_t size = std::filesystem::file_size(dir.File("whole.fbx"));
+        std::filesystem::remove(dir.File("whole.fbx"));
+        // Every byte of the file header, then about sixty points over the rest.
+        const size_t step = size / 60 + 1;
+        for (size_t limit = 0; limit < size; limit += limit < 32 ? 1 : step) {
+            std::string error;
+            WithFileSizeLimit(
+                limit, [&] { error = Export(manager.get(), scene, target, {.ascii = ascii}); });
+            ASSERT_EQ("Could not write " + target + ": File too large", error)
+                << limit << (ascii ? " ascii" : " binary");
+            ASSERT_EQ("previous take", ReadText(target)) << limit;
+            ASSERT_EQ(Strings{"take.fbx"}, dir.Entries()) << limit;
+        }
     }
 }
 

@@ -33,7 +33,7 @@ void DestroySdkObjects(FbxManager* manager, bool exitStatus) {
 }
 
 bool SaveScene(FbxManager* manager, FbxDocument* scene, const char* fileName, const char* format,
-               bool embedMedia) {
+               bool embedMedia, std::string* error) {
     FbxExporter* exporter = FbxExporter::Create(manager, "");
     // "binary" and "ascii" name the FBX 7 writers by their descriptions.
     const FbxIOPluginRegistry* registry = manager->GetIOPluginRegistry();
@@ -45,15 +45,19 @@ bool SaveScene(FbxManager* manager, FbxDocument* scene, const char* fileName, co
         settings->SetBoolProp((std::string("Export|AdvOptGrp|Fbx|") + option).c_str(), true);
     }
     settings->SetBoolProp("Export|AdvOptGrp|Fbx|EMBEDDED", embedMedia);
-    if (!exporter->Initialize(fileName, fileFormat, settings)) {
+    bool saved = exporter->Initialize(fileName, fileFormat, settings);
+    if (!saved) {
         std::printf("Call to FbxExporter::Initialize() failed.\n");
-        std::printf("Error returned: %s\n\n", exporter->GetStatus().GetErrorString());
-        return false;
+    } else {
+        int major = 0, minor = 0, revision = 0;
+        manager->GetFileFormatVersion(major, minor, revision);
+        std::printf("FBX file format version %d.%d.%d\n\n", major, minor, revision);
+        saved = exporter->Export(scene, false);
     }
-    int major = 0, minor = 0, revision = 0;
-    manager->GetFileFormatVersion(major, minor, revision);
-    std::printf("FBX file format version %d.%d.%d\n\n", major, minor, revision);
-    const bool exported = exporter->Export(scene, false);
+    if (!saved) {
+        std::printf("Error returned: %s\n\n", exporter->GetStatus().GetErrorString());
+        if (error) *error = exporter->GetStatus().GetErrorString();
+    }
     exporter->Destroy();
-    return exported;
+    return saved;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 class FbxManager;
 class FbxScene;
 class FbxDocument;
@@ -13,6 +15,7 @@ void InitializeSdkObjects(FbxManager*& manager, FbxScene*& scene);
 // Destroys the manager and every object it made; prints a success line when `exitStatus`.
 void DestroySdkObjects(FbxManager* manager, bool exitStatus);
 // Writes `scene` to `fileName` with the first FBX writer whose description contains `format`
-// ("binary", "ascii"), else the native one. False when the file could not be written.
+// ("binary", "ascii"), else the native one. False when the file could not be written; the
+// writer's first error ("Could not write PATH: reason") is then printed and put in `error`.
 bool SaveScene(FbxManager* manager, FbxDocument* scene, const char* fileName,
-               const char* format = nullptr, bool embedMedia = false);
+               const char* format = nullptr, bool embedMedia = false, std::string* error = nullptr);

@@ -141,20 +141,25 @@ void NuFbxExporter::setTimeMode() {
 
 bool NuFbxExporter::finalize(bool cancelled) {
     // initialize() may have stopped before the scene existed.
-    if (!cancelled && m_scene && m_animStack) {
+    const bool save = !cancelled && m_scene && m_animStack;
+    bool saved = false;
+    if (save) {
         unrollRotations();
         m_animStack->SetLocalTimeSpan(FbxTimeSpan(m_animationStart, m_animationStop));
-        SaveScene(m_manager, m_scene, m_fileName.toUtf8().constData(),
-                  m_exportFormat.toLower().toUtf8().constData(), false);
+        std::string error;
+        saved = SaveScene(m_manager, m_scene, m_fileName.toUtf8().constData(),
+                          m_exportFormat.toLower().toUtf8().constData(), false, &error);
+        // The host shows the reason; the file under the name is the one from before.
+        if (!saved) m_lastError = QString::fromStdString(error);
     }
-    DestroySdkObjects(m_manager, true);
+    DestroySdkObjects(m_manager, saved);
     m_initialized = false;
     m_manager = nullptr;
     m_scene = nullptr;
     m_animStack = nullptr;
     m_animLayer = nullptr;
     m_poseTransform.reset();
-    return true;
+    return saved || !save;
 }
 
 void NuFbxExporter::unrollRotations() {
