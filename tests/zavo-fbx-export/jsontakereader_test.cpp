@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 #include <sstream>
 
 #include "demotake.h"
@@ -34,6 +35,17 @@ std::string bodyTake(const std::string& frames, const std::string& extra = "") {
         text +=
             c == 'P' ? R"({"segments":[)" + list("[0,0,1,1,0,0,0]", 23) + "]}" : std::string(1, c);
     return text + "]}";
+}
+
+// A segmentNames member of 23 names S0 to S22, some replaced.
+std::string names(const std::map<int, std::string>& replaced) {
+    std::string text = R"(,"segmentNames":[)";
+    for (int i = 0; i < 23; ++i) {
+        const auto name = replaced.find(i);
+        text += (i ? ",\"" : "\"") +
+                (name == replaced.end() ? "S" + std::to_string(i) : name->second) + "\"";
+    }
+    return text + "]";
 }
 
 }  // namespace
@@ -129,6 +141,16 @@ TEST(JsonTakeReader, NamesFileFrameAndFieldOfABadTake) {
          "t.json: frames: every frame from firstFrame 1 on is null"},
         {bodyTake("P", R"(,"segmentNames":["a"])"),
          "t.json: segmentNames: a take with a body needs the 23 body segments, found 1"},
+        {bodyTake("P", names({{5, "S2"}})),
+         "t.json: segmentNames[5]: \"S2\" is also segmentNames[2]"},
+        {bodyTake("P", names({{3, "Spine\\nx"}})),
+         "t.json: segmentNames[3]: a name must not hold control characters (line breaks, NUL)"},
+        {bodyTake("P", names({{22, "Toe\\u0000"}})),
+         "t.json: segmentNames[22]: a name must not hold control characters (line breaks, NUL)"},
+        {bodyTake("P", R"(,"fingerSegmentNames":{"left":[)" + list("\"F\"", 19) +
+                           R"(,"F\r"],"right":[)" + list("\"F\"", 20) + "]}"),
+         "t.json: fingerSegmentNames.left[19]: a name must not hold control characters (line "
+         "breaks, NUL)"},
     };
     for (const auto& [text, message] : cases) {
         try {
@@ -139,4 +161,21 @@ TEST(JsonTakeReader, NamesFileFrameAndFieldOfABadTake) {
         }
     }
     EXPECT_THROW(readTakeFile("/nonexistent/walk.json"), TakeError);
+}
+
+TEST(JsonTakeReader, RefusesEveryNumberJsonDoesNotSpell) {
+    for (const std::string number : {"nan", "NaN", "-nan", "inf", "-inf", "Infinity", "+1", "01",
+                                     "-01", ".5", "1.", "1e", "1e+", "0x10", "--1"}) {
+        try {
+            readTakeText(R"({"frameRate":)" + number + "}", "t.json");
+            ADD_FAILURE() << "accepted " << number;
+        } catch (const TakeError& error) {
+            EXPECT_EQ(error.what(), "t.json: frameRate: expected a JSON number, found " + number +
+                                        " (line 1, column 14)");
+        }
+    }
+    // Spellings JSON allows, the unusual ones included.
+    for (const std::string number : {"0.5e-3", "1E2", "1e+0", "240"})
+        EXPECT_NO_THROW(readTakeText(bodyTake("P", R"(,"frameRate":)" + number), "t.json"))
+            << number;
 }

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cctype>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
@@ -13,8 +14,42 @@ constexpr size_t BufferSize = 1 << 20;
 constexpr size_t MaxNumberLength = 512;
 constexpr int MaxDepth = 512;
 
+// What may belong to a number's text, taken wide (letters too) so that "nan", "inf" or "0x1F"
+// are refused whole, by name.
 bool isNumberChar(char c) {
-    return (c >= '0' && c <= '9') || c == '-' || c == '+' || c == '.' || c == 'e' || c == 'E';
+    return std::isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '+' || c == '.';
+}
+
+size_t skipDigits(std::string_view text, size_t at) {
+    while (at < text.size() && text[at] >= '0' && text[at] <= '9') ++at;
+    return at;
+}
+
+// JSON's number grammar: -?(0|[1-9][0-9]*)(.[0-9]+)?([eE][+-]?[0-9]+)?. Nothing else, so no
+// nan, inf, hexadecimal, leading '+' or leading zeros reaches a pose.
+bool isJsonNumber(std::string_view text) {
+    size_t at = text.starts_with('-') ? 1 : 0;
+    if (at == text.size()) return false;
+    if (text[at] == '0') {
+        ++at;
+    } else {
+        const size_t digits = skipDigits(text, at);
+        if (digits == at) return false;
+        at = digits;
+    }
+    if (at < text.size() && text[at] == '.') {
+        const size_t digits = skipDigits(text, at + 1);
+        if (digits == at + 1) return false;
+        at = digits;
+    }
+    if (at < text.size() && (text[at] == 'e' || text[at] == 'E')) {
+        ++at;
+        if (at < text.size() && (text[at] == '+' || text[at] == '-')) ++at;
+        const size_t digits = skipDigits(text, at);
+        if (digits == at) return false;
+        at = digits;
+    }
+    return at == text.size();
 }
 
 void appendUtf8(std::string& out, unsigned codePoint) {
@@ -177,6 +212,8 @@ double JsonScanner::readNumber() {
     if (length == 0) fail("expected a number");
     if (length > MaxNumberLength) fail("number too long");
     const char* first = m_buffer.data() + m_pos;
+    if (!isJsonNumber({first, length}))
+        fail("expected a JSON number, found " + std::string(first, length));
     double value = 0.0;
     const auto [ptr, ec] = std::from_chars(first, first + length, value);
     if (ec == std::errc::result_out_of_range) fail("number out of range");

@@ -32,6 +32,9 @@ bool hasDisplay() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Line by line, also into a pipe or a log, so that the plug-in's progress lines say where
+    // a run is while it runs.
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
     CommandLine command;
     try {
         command = parseCommandLine(std::vector<std::string>(argv + 1, argv + argc));

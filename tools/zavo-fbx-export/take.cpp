@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <string_view>
 
 #include "bodytables.h"
 
@@ -39,6 +41,34 @@ std::string indexProblem(const Take& take) {
     return {};
 }
 
+// A name becomes a node name and a line of an ASCII file: a control character (a line break, a
+// NUL) would break the line or cut the name short.
+bool holdsControlCharacter(const std::string& name) {
+    return std::any_of(name.begin(), name.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; });
+}
+
+// The plug-in finds nodes by name, so a repeated name would leave one segment unanimated.
+std::string nameProblem(const Take& take) {
+    std::map<std::string_view, size_t> seen;
+    for (size_t i = 0; i < take.segmentNames.size(); ++i) {
+        const std::string& name = take.segmentNames[i];
+        const std::string where = "segmentNames[" + std::to_string(i) + "]";
+        if (holdsControlCharacter(name))
+            return where + ": a name must not hold control characters (line breaks, NUL)";
+        if (const auto [first, added] = seen.emplace(name, i); !added)
+            return where + ": \"" + name + "\" is also segmentNames[" +
+                   std::to_string(first->second) + "]";
+    }
+    for (int hand = 0; hand < 2; ++hand)
+        for (size_t i = 0; i < take.fingerNames[hand].size(); ++i)
+            if (holdsControlCharacter(take.fingerNames[hand][i]))
+                return std::string("fingerSegmentNames.") + (hand == 0 ? "left" : "right") + "[" +
+                       std::to_string(i) +
+                       "]: a name must not hold control characters (line breaks, NUL)";
+    return {};
+}
+
 }  // namespace
 
 std::string takeProblem(const Take& take) {
@@ -52,6 +82,7 @@ std::string takeProblem(const Take& take) {
             take.fingerNames[hand].size() != TakePose::FingersPerHand)
             return std::string("fingerSegmentNames.") + (hand == 0 ? "left" : "right") +
                    ": expected 20 names";
+    if (std::string problem = nameProblem(take); !problem.empty()) return problem;
     if (std::string problem = indexProblem(take); !problem.empty()) return problem;
     if (take.firstFrame < 0 || take.frameCount() < 1)
         return "frames: no frame from firstFrame " + std::to_string(take.firstFrame) + " on";
