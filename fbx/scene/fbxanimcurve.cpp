@@ -2,20 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <new>
 #include <utility>
 
 #include "fbx/scene/fbxmanager.h"
 
 FBX_IMPLEMENT_CLASS(FbxAnimCurve, "AnimationCurve", "AnimCurve", false)
-
-struct FbxAnimCurve::Block {
-    Key keys[kKeysPerBlock];
-};
-
-void FbxAnimCurve::BlockDeleter::operator()(Block* block) const {
-    ::operator delete(block);
-}
 
 namespace {
 
@@ -25,38 +16,153 @@ FbxUInt32 Bits(float value) {
     return std::bit_cast<FbxUInt32>(value);
 }
 
+// Evenly spaced times wrap like unsigned numbers, so no spacing is out of range.
+FbxLongLong EvenTime(FbxLongLong first, FbxLongLong step, int index) {
+    return static_cast<FbxLongLong>(static_cast<FbxULongLong>(first) +
+                                    static_cast<FbxULongLong>(step) * static_cast<unsigned>(index));
+}
+
+template <typename T>
+void Erase(std::vector<T>& column, int first, int last) {
+    if (!column.empty()) column.erase(column.begin() + first, column.begin() + last + 1);
+}
+
 }  // namespace
 
-FbxAnimCurve::FbxAnimCurve(FbxManager& manager, const char* name) : FbxObject(manager, name) {
-    static_assert(sizeof(Block) <= kBlockBytes);
-}
+FbxAnimCurve::FbxAnimCurve(FbxManager& manager, const char* name) : FbxObject(manager, name) {}
 
 FbxAnimCurve::~FbxAnimCurve() = default;
 
-// Indexes here are never negative; unsigned division spares the sign fix-ups
-// on a path every key access takes.
-FbxAnimCurve::Key& FbxAnimCurve::KeyAt(int index) {
-    const auto i = static_cast<unsigned>(index);
-    return mBlocks[i / kKeysPerBlock]->keys[i % kKeysPerBlock];
+FbxLongLong FbxAnimCurve::TimeAt(int index) const {
+    return mTimesListed ? mTimes[static_cast<size_t>(index)]
+                        : EvenTime(mTimeFirst, mTimeStep, index);
 }
 
-const FbxAnimCurve::Key& FbxAnimCurve::KeyAt(int index) const {
-    const auto i = static_cast<unsigned>(index);
-    return mBlocks[i / kKeysPerBlock]->keys[i % kKeysPerBlock];
+FbxUInt32 FbxAnimCurve::SharedAt(int index) const {
+    const auto i = static_cast<size_t>(index);
+    return mSharedIsWide ? mSharedWide[i] : mSharedSmall[i];
 }
 
-FbxAnimCurve::Key* FbxAnimCurve::Find(int index) {
-    return index >= 0 && index < mKeyCount ? &KeyAt(index) : nullptr;
+float FbxAnimCurve::RightSlopeAt(int index) const {
+    return mRightSlopes.empty() ? 0.0f : mRightSlopes[static_cast<size_t>(index)];
 }
 
-const FbxAnimCurve::Key* FbxAnimCurve::Find(int index) const {
-    return index >= 0 && index < mKeyCount ? &KeyAt(index) : nullptr;
+float FbxAnimCurve::NextLeftSlopeAt(int index) const {
+    return mNextLeftSlopes.empty() ? 0.0f : mNextLeftSlopes[static_cast<size_t>(index)];
+}
+
+FbxAnimCurve::Key FbxAnimCurve::KeyAt(int index) const {
+    return Key{TimeAt(index), mValues[static_cast<size_t>(index)], RightSlopeAt(index),
+               NextLeftSlopeAt(index), SharedAt(index)};
+}
+
+void FbxAnimCurve::ListTimes() {
+    mTimes.reserve(mValues.capacity());
+    mTimes.resize(static_cast<size_t>(mKeyCount));
+    for (int i = 0; i < mKeyCount; ++i) mTimes[static_cast<size_t>(i)] = TimeAt(i);
+    mTimesListed = true;
+}
+
+void FbxAnimCurve::SetTime(int index, FbxLongLong time) {
+    if (!mTimesListed) {
+        if (TimeAt(index) == time) return;
+        if (mKeyCount == 1) {
+            mTimeFirst = time;
+            return;
+        }
+        ListTimes();
+    }
+    mTimes[static_cast<size_t>(index)] = time;
+}
+
+void FbxAnimCurve::SetShared(int index, FbxUInt32 shared) {
+    if (!mSharedIsWide && shared > 0xFF) {
+        mSharedWide.assign(mSharedSmall.begin(), mSharedSmall.end());
+        mSharedSmall = {};
+        mSharedIsWide = true;
+    }
+    const auto i = static_cast<size_t>(index);
+    if (mSharedIsWide) {
+        mSharedWide[i] = shared;
+    } else {
+        mSharedSmall[i] = static_cast<uint8_t>(shared);
+    }
+}
+
+// A slope column comes into being with the first slope that is not zero (bit for bit:
+// files keep -0).
+void FbxAnimCurve::SetSlope(std::vector<float>& column, int index, float slope) {
+    if (column.empty()) {
+        if (Bits(slope) == 0) return;
+        column.reserve(mValues.capacity());
+        column.assign(static_cast<size_t>(mKeyCount), 0.0f);
+    }
+    column[static_cast<size_t>(index)] = slope;
+}
+
+void FbxAnimCurve::SetKey(int index, const Key& key) {
+    SetTime(index, key.time);
+    mValues[static_cast<size_t>(index)] = key.value;
+    SetSlope(mRightSlopes, index, key.rightSlope);
+    SetSlope(mNextLeftSlopes, index, key.nextLeftSlope);
+    SetShared(index, key.shared);
+}
+
+// Appending at the next even step keeps the times unlisted.
+void FbxAnimCurve::InsertKey(int index, const Key& key) {
+    const bool append = index == mKeyCount;
+    if (!mTimesListed) {
+        if (append && mKeyCount == 0) {
+            mTimeFirst = key.time;
+        } else if (append && mKeyCount == 1) {
+            mTimeStep = static_cast<FbxLongLong>(static_cast<FbxULongLong>(key.time) -
+                                                 static_cast<FbxULongLong>(mTimeFirst));
+        } else if (!append || EvenTime(mTimeFirst, mTimeStep, index) != key.time) {
+            ListTimes();
+        }
+    }
+    const auto at = static_cast<ptrdiff_t>(index);
+    if (mTimesListed) mTimes.insert(mTimes.begin() + at, key.time);
+    mValues.insert(mValues.begin() + at, key.value);
+    if (!mRightSlopes.empty()) mRightSlopes.insert(mRightSlopes.begin() + at, 0.0f);
+    if (!mNextLeftSlopes.empty()) mNextLeftSlopes.insert(mNextLeftSlopes.begin() + at, 0.0f);
+    if (mSharedIsWide) {
+        mSharedWide.insert(mSharedWide.begin() + at, 0);
+    } else {
+        mSharedSmall.insert(mSharedSmall.begin() + at, 0);
+    }
+    ++mKeyCount;
+    SetSlope(mRightSlopes, index, key.rightSlope);
+    SetSlope(mNextLeftSlopes, index, key.nextLeftSlope);
+    SetShared(index, key.shared);
+}
+
+// Removing keys from either end keeps even times unlisted.
+void FbxAnimCurve::EraseKeys(int first, int last) {
+    if (!mTimesListed && first == 0) {
+        mTimeFirst = EvenTime(mTimeFirst, mTimeStep, last + 1);
+    } else if (!mTimesListed && last != mKeyCount - 1) {
+        ListTimes();
+    }
+    Erase(mTimes, first, last);
+    Erase(mValues, first, last);
+    Erase(mRightSlopes, first, last);
+    Erase(mNextLeftSlopes, first, last);
+    Erase(mSharedSmall, first, last);
+    Erase(mSharedWide, first, last);
+    mKeyCount -= last - first + 1;
 }
 
 void FbxAnimCurve::Reserve(int count) {
-    while (static_cast<int>(mBlocks.size()) * kKeysPerBlock < count) {
-        void* memory = ::operator new(kBlockBytes);
-        mBlocks.emplace_back(new (memory) Block);
+    const auto n = static_cast<size_t>(std::max(count, 0));
+    mValues.reserve(n);
+    if (mTimesListed) mTimes.reserve(n);
+    if (!mRightSlopes.empty()) mRightSlopes.reserve(n);
+    if (!mNextLeftSlopes.empty()) mNextLeftSlopes.reserve(n);
+    if (mSharedIsWide) {
+        mSharedWide.reserve(n);
+    } else {
+        mSharedSmall.reserve(n);
     }
 }
 
@@ -136,45 +242,37 @@ void FbxAnimCurve::KeyModifyEnd() {
 }
 
 int FbxAnimCurve::LowerBound(FbxTime time) const {
-    int lo = 0;
-    int hi = mKeyCount;
-    while (lo < hi) {
-        const int mid = lo + (hi - lo) / 2;
-        if (KeyAt(mid).time < time.Get()) {
-            lo = mid + 1;
-        } else {
-            hi = mid;
+    if (!mTimesListed) {
+        int lo = 0;
+        int hi = mKeyCount;
+        while (lo < hi) {
+            const int mid = lo + (hi - lo) / 2;
+            if (TimeAt(mid) < time.Get()) {
+                lo = mid + 1;
+            } else {
+                hi = mid;
+            }
         }
+        return lo;
     }
-    return lo;
-}
-
-// Moves keys [from, count) up by one slot, across block boundaries.
-void FbxAnimCurve::ShiftUp(int from) {
-    for (int i = mKeyCount; i > from; --i) {
-        KeyAt(i) = KeyAt(i - 1);
-    }
+    return static_cast<int>(std::lower_bound(mTimes.begin(), mTimes.end(), time.Get()) -
+                            mTimes.begin());
 }
 
 int FbxAnimCurve::KeyAdd(FbxTime time, int* last) {
-    if (mKeyCount == static_cast<int>(mBlocks.size()) * kKeysPerBlock) {
-        Reserve(mKeyCount + 1);
-    }
     mLastEvaluated = 0;
     const Key key = DefaultKey(time);
     int index = mKeyCount;
     // Writers append in time order: the last key decides before any search.
-    if (mKeyCount > 0 && time.Get() <= KeyAt(mKeyCount - 1).time) {
+    if (mKeyCount > 0 && time.Get() <= TimeAt(mKeyCount - 1)) {
         index = LowerBound(time);
-        if (KeyAt(index).time == time.Get()) {
-            KeyAt(index) = key;
+        if (TimeAt(index) == time.Get()) {
+            SetKey(index, key);
             Notify(eKeyValueChanged | eKeyAttributeChanged);
             return last ? (*last = index) : index;
         }
-        ShiftUp(index);
     }
-    KeyAt(index) = key;
-    ++mKeyCount;
+    InsertKey(index, key);
     Notify(eKeyAdded);
     return last ? (*last = index) : index;
 }
@@ -182,10 +280,10 @@ int FbxAnimCurve::KeyAdd(FbxTime time, int* last) {
 void FbxAnimCurve::KeySet(int index, FbxTime time, float value,
                           FbxAnimCurveDef::EInterpolationType interpolation,
                           FbxAnimCurveDef::ETangentMode tangentMode) {
-    if (!Find(index)) {
+    if (!Valid(index)) {
         return;
     }
-    KeyAt(index).time = time.Get();
+    SetTime(index, time.Get());
     KeySetValue(index, value);
     KeySetInterpolation(index, interpolation);
     KeySetTangentMode(index, tangentMode);
@@ -199,11 +297,7 @@ bool FbxAnimCurve::KeyRemove(int first, int last) {
     if (first < 0 || last < first || last >= mKeyCount) {
         return false;
     }
-    const int removed = last - first + 1;
-    for (int i = first; i + removed < mKeyCount; ++i) {
-        KeyAt(i) = KeyAt(i + removed);
-    }
-    mKeyCount -= removed;
+    EraseKeys(first, last);
     mLastEvaluated = 0;
     Notify(eKeyRemoved);
     return true;
@@ -214,96 +308,98 @@ void FbxAnimCurve::KeyClear() {
         return;
     }
     mKeyCount = 0;
-    mBlocks.clear();
+    mValues = {};
+    mTimesListed = false;
+    mTimes = {};
+    mRightSlopes = {};
+    mNextLeftSlopes = {};
+    mSharedSmall = {};
+    mSharedWide = {};
+    mSharedIsWide = false;
     mLastEvaluated = 0;
     Notify(eKeyRemoved);
 }
 
 void FbxAnimCurve::ResizeKeyBuffer(int count) {
-    const int blocks = (std::max(count, 0) + kKeysPerBlock - 1) / kKeysPerBlock;
-    mBlocks.reserve(static_cast<size_t>(blocks));
     Reserve(count);
 }
 
 void FbxAnimCurve::KeySetValue(int index, float value) {
-    if (Key* key = Find(index)) {
-        key->value = value;
+    if (Valid(index)) {
+        mValues[static_cast<size_t>(index)] = value;
         Notify(eKeyValueChanged);
     }
 }
 
 // Writers switch key after key from the same entry to the same flags.
-void FbxAnimCurve::SetFlags(Key& key, FbxUInt32 flags) {
-    if (key.shared != mLastFlagChange.from || flags != mLastFlagChange.flags) {
-        SharedAttribute shared = mShared[key.shared];
-        shared.flags = flags;
-        mLastFlagChange = {key.shared, flags, Share(shared)};
+void FbxAnimCurve::SetFlags(int index, FbxUInt32 flags) {
+    const FbxUInt32 shared = SharedAt(index);
+    if (shared != mLastFlagChange.from || flags != mLastFlagChange.flags) {
+        SharedAttribute changed = mShared[shared];
+        changed.flags = flags;
+        mLastFlagChange = {shared, flags, Share(changed)};
     }
-    key.shared = mLastFlagChange.to;
+    SetShared(index, mLastFlagChange.to);
     Notify(eKeyAttributeChanged);
 }
 
 void FbxAnimCurve::KeySetFlags(int index, FbxUInt32 flags) {
-    if (Key* key = Find(index)) {
-        SetFlags(*key, flags);
+    if (Valid(index)) {
+        SetFlags(index, flags);
     }
 }
 
 // The weighting and velocity bits stay as they are: a linear key ignores them.
 void FbxAnimCurve::KeySetInterpolation(int index,
                                        FbxAnimCurveDef::EInterpolationType interpolation) {
-    if (Key* key = Find(index)) {
+    if (Valid(index)) {
         const FbxUInt32 mask = FbxAnimCurveDef::kInterpolationMask;
-        SetFlags(*key, (mShared[key->shared].flags & ~mask) | (interpolation & mask));
+        SetFlags(index, (mShared[SharedAt(index)].flags & ~mask) | (interpolation & mask));
     }
 }
 
 void FbxAnimCurve::KeySetTangentMode(int index, FbxAnimCurveDef::ETangentMode mode) {
-    if (Key* key = Find(index)) {
+    if (Valid(index)) {
         const FbxUInt32 mask = FbxAnimCurveDef::kTangentModeMask;
-        SetFlags(*key, (mShared[key->shared].flags & ~mask) | (mode & mask));
+        SetFlags(index, (mShared[SharedAt(index)].flags & ~mask) | (mode & mask));
     }
 }
 
 void FbxAnimCurve::KeySetAttribute(int index, const FbxAnimCurveKeyAttribute& attribute) {
-    if (!Find(index)) {
+    if (!Valid(index)) {
         return;
     }
-    Key& key = KeyAt(index);
-    const Key made = MakeKey(FbxTime(key.time), attribute);
-    key.rightSlope = made.rightSlope;
-    key.nextLeftSlope = made.nextLeftSlope;
-    key.shared = made.shared;
+    const Key made = MakeKey(FbxTime(TimeAt(index)), attribute);
+    SetSlope(mRightSlopes, index, made.rightSlope);
+    SetSlope(mNextLeftSlopes, index, made.nextLeftSlope);
+    SetShared(index, made.shared);
     Notify(eKeyAttributeChanged);
 }
 
 void FbxAnimCurve::KeySetRightDerivative(int index, float slope) {
-    if (Find(index)) {
-        KeyAt(index).rightSlope = slope;
+    if (Valid(index)) {
+        SetSlope(mRightSlopes, index, slope);
         Notify(eKeyAttributeChanged);
     }
 }
 
 void FbxAnimCurve::KeySetLeftDerivative(int index, float slope) {
-    if (index > 0 && Find(index)) {
-        KeyAt(index - 1).nextLeftSlope = slope;
+    if (index > 0 && Valid(index)) {
+        SetSlope(mNextLeftSlopes, index - 1, slope);
         Notify(eKeyAttributeChanged);
     }
 }
 
 FbxTime FbxAnimCurve::KeyGetTime(int index) const {
-    const Key* key = Find(index);
-    return FbxTime(key ? key->time : 0);
+    return FbxTime(Valid(index) ? TimeAt(index) : 0);
 }
 
 float FbxAnimCurve::KeyGetValue(int index) const {
-    const Key* key = Find(index);
-    return key ? key->value : 0.0f;
+    return Valid(index) ? mValues[static_cast<size_t>(index)] : 0.0f;
 }
 
 FbxUInt32 FbxAnimCurve::KeyGetFlags(int index) const {
-    const Key* key = Find(index);
-    return key ? mShared[key->shared].flags : kDefaultAttribute.mFlags;
+    return Valid(index) ? mShared[SharedAt(index)].flags : kDefaultAttribute.mFlags;
 }
 
 FbxAnimCurveDef::EInterpolationType FbxAnimCurve::KeyGetInterpolation(int index) const {
@@ -317,18 +413,15 @@ FbxAnimCurveDef::ETangentMode FbxAnimCurve::KeyGetTangentMode(int index) const {
 }
 
 FbxAnimCurveKeyAttribute FbxAnimCurve::KeyGetAttribute(int index) const {
-    const Key* key = Find(index);
-    return key ? AttributeOf(*key) : kDefaultAttribute;
+    return Valid(index) ? AttributeOf(KeyAt(index)) : kDefaultAttribute;
 }
 
 float FbxAnimCurve::KeyGetRightDerivative(int index) const {
-    const Key* key = Find(index);
-    return key ? key->rightSlope : 0.0f;
+    return Valid(index) ? RightSlopeAt(index) : 0.0f;
 }
 
 float FbxAnimCurve::KeyGetLeftDerivative(int index) const {
-    const Key* previous = index > 0 && Find(index) ? Find(index - 1) : nullptr;
-    return previous ? previous->nextLeftSlope : 0.0f;
+    return index > 0 && Valid(index) ? NextLeftSlopeAt(index - 1) : 0.0f;
 }
 
 void FbxAnimCurve::KeyGetRange(int first, int count, FbxLongLong* times, float* values,
@@ -337,16 +430,15 @@ void FbxAnimCurve::KeyGetRange(int first, int count, FbxLongLong* times, float* 
     const auto end =
         static_cast<int>(std::min<FbxLongLong>(FbxLongLong{first} + std::max(count, 0), mKeyCount));
     for (int i = begin; i < end; ++i) {
-        const Key& key = KeyAt(i);
         const int out = i - first;
         if (times) {
-            times[out] = key.time;
+            times[out] = TimeAt(i);
         }
         if (values) {
-            values[out] = key.value;
+            values[out] = mValues[static_cast<size_t>(i)];
         }
         if (attributes) {
-            attributes[out] = AttributeOf(key);
+            attributes[out] = AttributeOf(KeyAt(i));
         }
     }
 }
@@ -356,17 +448,17 @@ double FbxAnimCurve::KeyFind(FbxTime time, int* last) const {
         return -1.0;
     }
     double position = 0.0;
-    if (time.Get() >= KeyAt(mKeyCount - 1).time) {
+    if (time.Get() >= TimeAt(mKeyCount - 1)) {
         position = mKeyCount - 1;
-    } else if (time.Get() > KeyAt(0).time) {
+    } else if (time.Get() > TimeAt(0)) {
         const int above = LowerBound(time);
-        const Key& next = KeyAt(above);
-        if (next.time == time.Get()) {
+        const FbxLongLong next = TimeAt(above);
+        if (next == time.Get()) {
             position = above;
         } else {
-            const Key& previous = KeyAt(above - 1);
-            position = (above - 1) + static_cast<double>(time.Get() - previous.time) /
-                                         static_cast<double>(next.time - previous.time);
+            const FbxLongLong previous = TimeAt(above - 1);
+            position = (above - 1) + static_cast<double>(time.Get() - previous) /
+                                         static_cast<double>(next - previous);
         }
     }
     if (last) {
@@ -380,7 +472,7 @@ int FbxAnimCurve::KeyIndexAt(FbxTime time) const {
         return -1;
     }
     const int index = LowerBound(time);
-    return index < mKeyCount && KeyAt(index).time == time.Get() ? index : -1;
+    return index < mKeyCount && TimeAt(index) == time.Get() ? index : -1;
 }
 
 // Auto tangents follow the neighbours (flat at the ends); other modes use the
@@ -388,13 +480,13 @@ int FbxAnimCurve::KeyIndexAt(FbxTime time) const {
 float FbxAnimCurve::CubicSlope(int index, bool right) const {
     const FbxUInt32 mode = KeyGetFlags(index) & FbxAnimCurveDef::kTangentModeMask;
     if (mode & (FbxAnimCurveDef::eTangentUser | FbxAnimCurveDef::eTangentGenericBreak)) {
-        return right ? KeyAt(index).rightSlope : KeyGetLeftDerivative(index);
+        return right ? RightSlopeAt(index) : KeyGetLeftDerivative(index);
     }
     if (index == 0 || index + 1 >= mKeyCount) {
         return 0.0f;
     }
-    const Key& previous = KeyAt(index - 1);
-    const Key& next = KeyAt(index + 1);
+    const Key previous = KeyAt(index - 1);
+    const Key next = KeyAt(index + 1);
     const double seconds =
         static_cast<double>(next.time - previous.time) / static_cast<double>(FBX_TC_SECOND);
     return static_cast<float>((next.value - previous.value) / seconds);
@@ -406,24 +498,24 @@ float FbxAnimCurve::Evaluate(FbxTime time, int* last) const {
     }
     const FbxLongLong t = time.Get();
     int i = std::clamp(mLastEvaluated, 0, mKeyCount - 1);
-    if (t <= KeyAt(0).time || t >= KeyAt(mKeyCount - 1).time) {
-        i = t <= KeyAt(0).time ? 0 : mKeyCount - 1;
+    if (t <= TimeAt(0) || t >= TimeAt(mKeyCount - 1)) {
+        i = t <= TimeAt(0) ? 0 : mKeyCount - 1;
         mLastEvaluated = i;
         if (last) {
             *last = i;
         }
-        return KeyAt(i).value;
+        return mValues[static_cast<size_t>(i)];
     }
-    if (!(KeyAt(i).time <= t && i + 1 < mKeyCount && t < KeyAt(i + 1).time)) {
+    if (!(TimeAt(i) <= t && i + 1 < mKeyCount && t < TimeAt(i + 1))) {
         i = LowerBound(time);
-        i = KeyAt(i).time == t ? i : i - 1;
+        i = TimeAt(i) == t ? i : i - 1;
     }
     mLastEvaluated = i;
     if (last) {
         *last = i;
     }
-    const Key& a = KeyAt(i);
-    const Key& b = KeyAt(i + 1);
+    const Key a = KeyAt(i);
+    const Key b = KeyAt(i + 1);
     const FbxUInt32 flags = mShared[a.shared].flags;
     const FbxUInt32 interpolation = flags & FbxAnimCurveDef::kInterpolationMask;
     if (interpolation == FbxAnimCurveDef::eInterpolationConstant) {
@@ -445,7 +537,7 @@ bool FbxAnimCurve::GetTimeInterval(FbxTimeSpan& span) const {
     if (mKeyCount == 0) {
         return false;
     }
-    span.Set(FbxTime(KeyAt(0).time), FbxTime(KeyAt(mKeyCount - 1).time));
+    span.Set(FbxTime(TimeAt(0)), FbxTime(TimeAt(mKeyCount - 1)));
     return true;
 }
 
@@ -454,22 +546,28 @@ void FbxAnimCurve::CopyFrom(const FbxAnimCurve& source, bool withKeys) {
     if (!withKeys || &source == this) {
         return;
     }
-    mKeyCount = 0;
-    mBlocks.clear();
     mShared = source.mShared;
     mSharedIndex = source.mSharedIndex;
     mRecentShared = source.mRecentShared;
     mDefaultShared = source.mDefaultShared;
     mLastFlagChange = source.mLastFlagChange;
-    Reserve(source.mKeyCount);
-    for (size_t b = 0; b < source.mBlocks.size() && b < mBlocks.size(); ++b) {
-        *mBlocks[b] = *source.mBlocks[b];
-    }
     mKeyCount = source.mKeyCount;
+    mValues = source.mValues;
+    mTimesListed = source.mTimesListed;
+    mTimeFirst = source.mTimeFirst;
+    mTimeStep = source.mTimeStep;
+    mTimes = source.mTimes;
+    mRightSlopes = source.mRightSlopes;
+    mNextLeftSlopes = source.mNextLeftSlopes;
+    mSharedSmall = source.mSharedSmall;
+    mSharedWide = source.mSharedWide;
+    mSharedIsWide = source.mSharedIsWide;
     mLastEvaluated = 0;
     Notify(eKeyAdded | eKeyRemoved);
 }
 
+// The keys are gathered, then laid out afresh: this keeps even times unlisted when the
+// replacement keeps their spacing.
 void FbxAnimCurve::Replace(const FbxAnimCurve& source, FbxTime start, FbxTime stop) {
     if (&source == this) {
         return;
@@ -477,35 +575,44 @@ void FbxAnimCurve::Replace(const FbxAnimCurve& source, FbxTime start, FbxTime st
     std::vector<Key> keys;
     keys.reserve(static_cast<size_t>(mKeyCount + source.mKeyCount));
     int i = 0;
-    for (; i < mKeyCount && KeyAt(i).time < start.Get(); ++i) {
+    for (; i < mKeyCount && TimeAt(i) < start.Get(); ++i) {
         keys.push_back(KeyAt(i));
     }
     for (int s = source.LowerBound(start); s < source.mKeyCount; ++s) {
-        const Key& key = source.KeyAt(s);
-        if (key.time > stop.Get()) {
+        Key copy = source.KeyAt(s);
+        if (copy.time > stop.Get()) {
             break;
         }
-        Key copy = key;
-        const SharedAttribute& shared = source.mShared[key.shared];
-        copy.shared = Share(shared);
+        copy.shared = Share(source.mShared[copy.shared]);
         keys.push_back(copy);
     }
     for (; i < mKeyCount; ++i) {
-        if (KeyAt(i).time > stop.Get()) {
+        if (TimeAt(i) > stop.Get()) {
             keys.push_back(KeyAt(i));
         }
     }
-    Reserve(static_cast<int>(keys.size()));
-    for (size_t k = 0; k < keys.size(); ++k) {
-        KeyAt(static_cast<int>(k)) = keys[k];
+    const int count = static_cast<int>(keys.size());
+    mKeyCount = 0;
+    mTimesListed = false;
+    mTimes.clear();
+    mValues.clear();
+    mRightSlopes.clear();
+    mNextLeftSlopes.clear();
+    mSharedSmall.clear();
+    mSharedWide.clear();
+    mSharedIsWide = false;
+    Reserve(count);
+    for (const Key& key : keys) {
+        InsertKey(mKeyCount, key);
     }
-    mKeyCount = static_cast<int>(keys.size());
     mLastEvaluated = 0;
     Notify(eKeyAdded | eKeyRemoved | eKeyValueChanged);
 }
 
 size_t FbxAnimCurve::GetKeyMemoryUsage() const {
-    return mBlocks.size() * kBlockBytes + mBlocks.capacity() * sizeof(void*) +
+    return mValues.capacity() * sizeof(float) + mTimes.capacity() * sizeof(FbxLongLong) +
+           (mRightSlopes.capacity() + mNextLeftSlopes.capacity()) * sizeof(float) +
+           mSharedSmall.capacity() + mSharedWide.capacity() * sizeof(FbxUInt32) +
            mShared.capacity() * sizeof(SharedAttribute) +
            mSharedIndex.size() * (sizeof(FbxULongLong) + sizeof(std::vector<FbxUInt32>) + 16);
 }

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <functional>
-#include <memory>
 #include <unordered_map>
 #include <vector>
 
@@ -12,11 +12,11 @@
 
 // Keys of one animated channel, strictly increasing in time.
 //
-// Storage: keys live in blocks of 42 keys of 24 bytes (one 1024-byte
-// allocation each), so appending never moves existing keys and a key costs 24
-// bytes. A key holds its time, value and two slopes inline and refers to a
-// shared entry for its flags, weights and velocities; curves whose keys share
-// a few attributes (all keys of the export) spend nothing more per key.
+// Storage is by column, each held only when its keys differ: key times as a start
+// and a step while they are evenly spaced (a take keyed frame by frame), slopes only
+// once one is not zero, and per key one byte naming a shared entry for flags,
+// weights and velocities (four bytes past 256 entries). A take's key costs five
+// bytes: its value and that byte.
 // An index at or past the key count reads a placeholder key (time 0, value 0,
 // default attribute).
 //
@@ -35,9 +35,6 @@ public:
     };
     // Receives the changes (EKeyChange bits) since the last notification.
     using ChangeListener = std::function<void(FbxAnimCurve& curve, unsigned changes)>;
-
-    static constexpr int kKeysPerBlock = 42;
-    static constexpr int kBlockBytes = 1024;
 
     void KeyModifyBegin();
     void KeyModifyEnd();
@@ -117,6 +114,7 @@ protected:
     FbxAnimCurve(FbxManager& manager, const char* name);
 
 private:
+    // One key with its columns gathered.
     struct Key {
         FbxLongLong time;
         float value;
@@ -124,18 +122,12 @@ private:
         float nextLeftSlope;
         FbxUInt32 shared;  // index into mShared
     };
-    static_assert(sizeof(Key) == 24);
     struct SharedAttribute {
         FbxUInt32 flags;
         FbxUInt32 weights;
         FbxUInt32 velocities;
         bool operator==(const SharedAttribute&) const = default;
     };
-    struct Block;
-    struct BlockDeleter {
-        void operator()(Block* block) const;
-    };
-
     // Shared entries never change once made (only CopyFrom replaces them), so an
     // added key's entry and the outcome of the last flag change are remembered:
     // keying a take key by key then skips the attribute search.
@@ -146,23 +138,41 @@ private:
         FbxUInt32 to = kNoShared;
     };
 
-    Key& KeyAt(int index);
-    const Key& KeyAt(int index) const;
-    Key* Find(int index);
-    const Key* Find(int index) const;
+    bool Valid(int index) const { return index >= 0 && index < mKeyCount; }
+    FbxLongLong TimeAt(int index) const;
+    FbxUInt32 SharedAt(int index) const;
+    float RightSlopeAt(int index) const;
+    float NextLeftSlopeAt(int index) const;
+    Key KeyAt(int index) const;
+    void SetTime(int index, FbxLongLong time);
+    void SetShared(int index, FbxUInt32 shared);
+    void SetSlope(std::vector<float>& column, int index, float slope);
+    void SetKey(int index, const Key& key);
+    void InsertKey(int index, const Key& key);
+    void EraseKeys(int first, int last);
+    void ListTimes();
     void Reserve(int count);
     FbxUInt32 Share(const SharedAttribute& attribute);
     Key MakeKey(FbxTime time, const FbxAnimCurveKeyAttribute& attribute);
     Key DefaultKey(FbxTime time);
-    void SetFlags(Key& key, FbxUInt32 flags);
+    void SetFlags(int index, FbxUInt32 flags);
     FbxAnimCurveKeyAttribute AttributeOf(const Key& key) const;
-    void ShiftUp(int from);
     void Notify(unsigned changes);
     int LowerBound(FbxTime time) const;
     float CubicSlope(int index, bool right) const;
 
-    std::vector<std::unique_ptr<Block, BlockDeleter>> mBlocks;
     int mKeyCount = 0;
+    std::vector<float> mValues;
+    // Times are mTimeFirst + index * mTimeStep (wrapping) until mTimesListed.
+    bool mTimesListed = false;
+    FbxLongLong mTimeFirst = 0;
+    FbxLongLong mTimeStep = 0;
+    std::vector<FbxLongLong> mTimes;
+    std::vector<float> mRightSlopes;     // empty: all zero
+    std::vector<float> mNextLeftSlopes;  // empty: all zero
+    std::vector<uint8_t> mSharedSmall;   // while fewer than 256 shared entries
+    std::vector<FbxUInt32> mSharedWide;  // once more
+    bool mSharedIsWide = false;
     std::vector<SharedAttribute> mShared;
     std::unordered_map<FbxULongLong, std::vector<FbxUInt32>> mSharedIndex;  // by hash
     std::array<FbxUInt32, 2> mRecentShared = {0, 0};

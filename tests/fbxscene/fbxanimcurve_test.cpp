@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <vector>
 
 #include "fbx/scene/fbxanimcurvefilterkeysync.h"
@@ -53,30 +54,95 @@ TEST_F(FbxAnimCurveTest, KeyAddAppendsInsertsAndReplaces) {
     EXPECT_EQ(curve->KeyGetTime(-1).Get(), 0);
 }
 
-TEST_F(FbxAnimCurveTest, KeysStayContiguousAcrossBlocks) {
-    std::vector<FbxLongLong> times;
-    for (int i = 1; i <= 42; ++i) {
-        times.push_back(i * 100);
+// Every key as the curve reports it: time, value and whole attribute.
+struct KeyView {
+    FbxLongLong time;
+    float value;
+    FbxAnimCurveKeyAttribute attribute;
+    bool operator==(const KeyView&) const = default;
+};
+
+std::vector<KeyView> Keys(const FbxAnimCurve& curve) {
+    std::vector<KeyView> keys;
+    for (int i = 0; i < curve.KeyGetCount(); ++i) {
+        keys.push_back({curve.KeyGetTime(i).Get(), curve.KeyGetValue(i), curve.KeyGetAttribute(i)});
     }
-    FbxAnimCurve* curve = CurveWith(times);
-    EXPECT_EQ(curve->GetKeyMemoryUsage() / FbxAnimCurve::kBlockBytes, 1u);
-    EXPECT_EQ(curve->KeyAdd(FbxTime(4300)), 42);
-    curve->KeySetValue(42, 4300.0f);
-    // Inserting at the front moves each block's last key into the next block.
-    for (int i = 0; i < 50; ++i) {
-        EXPECT_EQ(curve->KeyAdd(FbxTime(-i)), 0);
-        curve->KeySetValue(0, static_cast<float>(-i));
+    return keys;
+}
+
+// Keys read back the same whichever compact form their times, slopes and attributes take, and
+// whichever edit moves them from one form to another.
+TEST_F(FbxAnimCurveTest, KeysSurviveEveryStorageForm) {
+    FbxAnimCurve* curve = CurveWith({100, 200, 300, 400, 500});
+    std::vector<KeyView> expected = Keys(*curve);
+    const auto check = [&](const char* step) {
+        SCOPED_TRACE(step);
+        ASSERT_EQ(Keys(*curve), expected);
+        FbxAnimCurve* copy = FbxAnimCurve::Create(mScene, "");
+        copy->CopyFrom(*curve);
+        EXPECT_EQ(Keys(*copy), expected);
+    };
+    check("even");
+
+    // Removing at either end keeps the spacing; the first key moves.
+    curve->KeyRemove(0);
+    curve->KeyRemove(3);
+    expected.erase(expected.begin());
+    expected.pop_back();
+    check("trimmed");
+    curve->KeyRemove(1);
+    expected.erase(expected.begin() + 1);
+    check("gap");
+    EXPECT_EQ(curve->KeyAdd(FbxTime(300)), 1);
+    expected.insert(expected.begin() + 1, {300, 0.0f, FbxAnimCurveKeyAttribute{}});
+    EXPECT_EQ(curve->KeyAdd(FbxTime(450)), 3);
+    expected.push_back({450, 0.0f, FbxAnimCurveKeyAttribute{}});
+    check("refilled");
+
+    // Slopes, -0 included, and more distinct attributes than a byte can name.
+    curve->KeySetRightDerivative(0, -0.0f);
+    curve->KeySetLeftDerivative(2, 1.5f);
+    expected[0].attribute.mData[0] = 0x80000000u;
+    expected[1].attribute.mData[1] = std::bit_cast<FbxUInt32>(1.5f);
+    check("slopes");
+    for (int i = 0; i < 300; ++i) {
+        const int key = curve->KeyAdd(FbxTime(1000 + i));
+        FbxAnimCurveKeyAttribute attribute;
+        attribute.mData[2] = static_cast<FbxUInt32>(i);
+        curve->KeySetAttribute(key, attribute);
+        expected.push_back({1000 + i, 0.0f, attribute});
     }
-    ASSERT_EQ(curve->KeyGetCount(), 93);
-    for (int i = 0; i < 93; ++i) {
-        EXPECT_FLOAT_EQ(curve->KeyGetValue(i), static_cast<float>(curve->KeyGetTime(i).Get()));
-        if (i > 0) {
-            EXPECT_LT(curve->KeyGetTime(i - 1), curve->KeyGetTime(i));
-        }
+    check("many attributes");
+
+    curve->KeySet(0, FbxTime(150), 7.0f);
+    expected[0].time = 150;
+    expected[0].value = 7.0f;
+    expected[0].attribute.mFlags = FbxAnimCurveDef::kDefaultKeyFlags & ~0x2000u;
+    check("moved");
+
+    FbxAnimCurve* source = CurveWith({300, 350, 400});
+    curve->Replace(*source, FbxTime(300), FbxTime(450));
+    expected.erase(expected.begin() + 1, expected.begin() + 4);
+    expected.insert(expected.begin() + 1,
+                    {{300, 300.0f, {}}, {350, 350.0f, {}}, {400, 400.0f, {}}});
+    check("replaced");
+
+    curve->KeyClear();
+    expected.clear();
+    check("cleared");
+}
+
+// A take keyed frame by frame, linear keys, costs its values and a byte per key.
+TEST_F(FbxAnimCurveTest, EvenlyKeyedTakeCostsFiveBytesPerKey) {
+    FbxAnimCurve* curve = FbxAnimCurve::Create(mScene, "");
+    curve->ResizeKeyBuffer(10000);
+    for (int i = 0; i < 10000; ++i) {
+        const int key = curve->KeyAdd(FbxTime(i * 192442325LL));
+        curve->KeySetValue(key, static_cast<float>(i));
+        curve->KeySetInterpolation(key, FbxAnimCurveDef::eInterpolationLinear);
     }
-    curve->KeyRemove(0, 49);
-    EXPECT_EQ(curve->KeyGetCount(), 43);
-    EXPECT_EQ(curve->KeyGetTime(42).Get(), 4300);
+    EXPECT_LT(curve->GetKeyMemoryUsage(), 10000u * 5 + 512);
+    EXPECT_EQ(curve->KeyGetTime(9999).Get(), 9999 * 192442325LL);
 }
 
 TEST_F(FbxAnimCurveTest, ModifyBracketHoldsNotificationsBack) {
