@@ -176,17 +176,23 @@ FbxScene* BuildScene(FbxManager* manager, Choices& choices) {
     return scene;
 }
 
-// One scratch folder per process, on a memory file system where there is one.
-std::string ScratchFile(const char* name) {
-    static const std::string folder = [] {
+// One scratch folder per process, on a memory file system where there is one, removed at exit.
+class ScratchFolder {
+public:
+    ScratchFolder() {
         const char* base = std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : "/tmp";
-        std::string pattern = std::string(base) + "/writer-fuzz-XXXXXX";
-        if (!mkdtemp(pattern.data())) std::abort();
-        std::atexit([] { std::filesystem::remove_all(ScratchFile("").c_str()); });
-        return pattern;
-    }();
-    return folder + "/" + name;
-}
+        mPath = std::string(base) + "/writer-fuzz-XXXXXX";
+        if (!mkdtemp(mPath.data())) std::abort();
+    }
+    ~ScratchFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(mPath, ignored);
+    }
+    std::string File(const char* name) const { return mPath + "/" + name; }
+
+private:
+    std::string mPath;
+};
 
 bool Export(FbxManager* manager, FbxScene* scene, const std::string& path, bool ascii) {
     FbxExporter* exporter = FbxExporter::Create(manager, "");
@@ -219,8 +225,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Choices choices(data, size);
     FbxScene* scene = BuildScene(manager, choices);
 
-    const std::string binaryPath = ScratchFile("scene.fbx");
-    const std::string asciiPath = ScratchFile("scene-ascii.fbx");
+    static const ScratchFolder scratch;
+    const std::string binaryPath = scratch.File("scene.fbx");
+    const std::string asciiPath = scratch.File("scene-ascii.fbx");
     const bool binaryWritten = Export(manager, scene, binaryPath, false);
     const bool asciiWritten = Export(manager, scene, asciiPath, true);
     manager->Destroy();
