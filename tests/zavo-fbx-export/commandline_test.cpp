@@ -41,7 +41,7 @@ TEST(CommandLine, MapsEachOptionToItsSettingsKeyAndStoredValue) {
 
     const CommandLine demo = parse(
         "--demo --demo-frames 10 --demo-rate 120 --no-demo-fingers --demo-props 0 "
-        "--deterministic -q --bvh-unit 0.056444 -- -odd.fbx");
+        "--deterministic -q --bvh-unit 0.056444 --bvh-rate 119.88 -v -- -odd.fbx");
     EXPECT_TRUE(demo.demo);
     EXPECT_EQ(demo.output, "-odd.fbx");
     EXPECT_EQ(demo.demoTake.frames, 10);
@@ -50,6 +50,8 @@ TEST(CommandLine, MapsEachOptionToItsSettingsKeyAndStoredValue) {
     EXPECT_EQ(demo.demoTake.props, 0);
     EXPECT_TRUE(demo.deterministic && demo.quiet);
     EXPECT_DOUBLE_EQ(demo.bvhMetresPerUnit, 0.056444);
+    EXPECT_DOUBLE_EQ(demo.bvhFrameRate, 119.88);
+    EXPECT_TRUE(demo.verbose);
     EXPECT_DOUBLE_EQ(bvhUnitFromText("inches"), 0.0254);
     EXPECT_EQ(parse("--options --settings s.ini").mode, CommandLine::Mode::Options);
     EXPECT_EQ(parse("x --version").mode, CommandLine::Mode::Version);
@@ -68,6 +70,8 @@ TEST(CommandLine, TellsUsageErrorsFromInvalidSettings) {
         {"--demo-props 5 --demo a", 2, "--demo-props 5: expected a whole number from 0 to 4"},
         {"--bvh-unit yards a b", 2,
          "--bvh-unit yards: expected millimeters, centimeters, meters, inches or metres per unit"},
+        {"--bvh-rate -inf a b", 2, "--bvh-rate -inf: expected frames per second above 0"},
+        {"--bvh-rate nan a b", 2, "--bvh-rate nan: expected frames per second above 0"},
         {"--preset mesh a b", 1, "invalid setting --preset mesh: expected skeleton or nodes"},
         {"--naming maya a b", 1, "invalid setting --naming maya: expected default or unreal"},
         {"--scale -1 a b", 1, "invalid setting --scale -1: expected a number above 0"},

@@ -8,6 +8,7 @@
 
 #include "bodytables.h"
 #include "bvhclip.h"
+#include "bvhframerate.h"
 #include "bvhtake.h"
 #include "demotake.h"
 #include "programrun.h"
@@ -159,7 +160,7 @@ int expectClipFrame(const fbxtest::AssimpScene& scene, const BvhClip& clip,
     const auto expected = [&](const BvhSegment& s) {
         return (100 * metresPerUnit) * fk[static_cast<size_t>(s.joint)].position;
     };
-    const double seconds = defaultFrameTime(frame, 1.0 / clip.frameTime) / 1000.0;
+    const double seconds = defaultFrameTime(frame, bvhFrameRate(clip).rate) / 1000.0;
     int compared = 0;
     for (size_t i = 0; i < segments.size(); ++i) {
         const BvhSegment& segment = segments[i];

@@ -22,6 +22,11 @@ extern const std::array<std::string_view, FingerCount> rightFingerNames;
 // Parent finger of each finger joint, -1 when it hangs from the hand itself.
 extern const std::array<int, FingerCount> fingerParents;
 
+// Whether the exported skeleton carries finger joint k: it has no carpus and no metacarpals.
+constexpr bool fingerIsExported(int k) {
+    return k % 4 != 0;
+}
+
 // The segment index whose default name equals `name` ignoring case, or -1.
 int segmentByName(std::string_view name);
 // The finger joint (0 to 19) and hand (0 left, 1 right) named `name` ignoring case; false when

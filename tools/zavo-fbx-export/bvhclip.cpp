@@ -3,15 +3,18 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <climits>
+#include <cmath>
 #include <fstream>
+#include <new>
 #include <numbers>
-#include <sstream>
+#include <unordered_map>
 
 #include "takeerror.h"
 
 namespace {
 
-// A word of the hierarchy and the line it stands on.
+// A word of the file and the line it stands on.
 struct Token {
     std::string_view text;
     int line = 0;
@@ -28,7 +31,38 @@ bool isBlank(char c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f' || c == '\v';
 }
 
-// Splits the text into words; tolerates any mix of CR, LF and blanks.
+bool isLineEnd(char c) {
+    return c == '\n' || c == '\r';
+}
+
+bool isControl(char c) {
+    const auto u = static_cast<unsigned char>(c);
+    return u < 0x20 || u == 0x7f;
+}
+
+// A word as a message shows it: control bytes escaped, a long word cut short.
+std::string quoted(std::string_view word) {
+    constexpr size_t shown = 40;
+    std::string text = "'";
+    for (char c : word.substr(0, shown)) {
+        if (isControl(c)) {
+            static constexpr char digits[] = "0123456789abcdef";
+            const auto u = static_cast<unsigned char>(c);
+            text += "\\x";
+            text += digits[u >> 4];
+            text += digits[u & 15];
+        } else {
+            text += c;
+        }
+    }
+    return text + (word.size() > shown ? "...'" : "'");
+}
+
+std::string found(std::string_view word) {
+    return word.empty() ? "found the end of the file" : "found " + quoted(word);
+}
+
+// Splits the text into words and counts lines; a line ends at LF, CRLF or a lone CR.
 class BvhLexer {
 public:
     BvhLexer(std::string_view text, const std::string& name) : m_text(text), m_name(name) {}
@@ -51,43 +85,44 @@ public:
         const Token token = next();
         if (!equalsIgnoringCase(token.text, word)) fail(token, "expected " + std::string(word));
     }
-    double number() {
+    double number(const char* what = "a number") {
         const Token token = next();
         double value = 0.0;
-        const auto [ptr, ec] =
-            std::from_chars(token.text.data(), token.text.data() + token.text.size(), value);
-        if (token.text.empty() || ec != std::errc() || ptr != token.text.data() + token.text.size())
-            fail(token, "expected a number");
+        if (!bvhNumber(token.text, value)) fail(token, std::string("expected ") + what);
+        if (!std::isfinite(value)) fail(token, "expected a finite number");
         return value;
     }
-    // The rest of the current line after the position, trimmed.
+    // The rest of the current line, trimmed; the position stays before the line end.
     std::string_view restOfLine() {
         while (m_pos < m_text.size() && (m_text[m_pos] == ' ' || m_text[m_pos] == '\t')) ++m_pos;
         const size_t start = m_pos;
-        while (m_pos < m_text.size() && m_text[m_pos] != '\n') ++m_pos;
+        while (m_pos < m_text.size() && !isLineEnd(m_text[m_pos])) ++m_pos;
         std::string_view line = m_text.substr(start, m_pos - start);
         while (!line.empty() && isBlank(line.back())) line.remove_suffix(1);
         return line;
     }
+    // Moves past the end of the current line.
+    void skipLineEnd() {
+        if (m_pos < m_text.size() && m_text[m_pos] == '\r') ++m_pos;
+        if (m_pos < m_text.size() && m_text[m_pos] == '\n') ++m_pos;
+        ++m_line;
+    }
     size_t position() const { return m_pos; }
     int line() const { return m_line; }
+    [[noreturn]] void fail(int line, const std::string& message) const {
+        throw TakeError(m_name + ": line " + std::to_string(line) + ": " + message);
+    }
     [[noreturn]] void fail(const Token& token, const std::string& message) const {
-        std::string text = m_name + ": line " + std::to_string(token.line) + ": " + message;
-        if (token.text.empty()) {
-            text += ", found the end of the file";
-        } else {
-            text += ", found '";
-            text += token.text;
-            text += '\'';
-        }
-        throw TakeError(text);
+        fail(token.line, message + ", " + found(token.text));
     }
 
 private:
     void skipBlanks() {
         while (m_pos < m_text.size() && isBlank(m_text[m_pos])) {
-            if (m_text[m_pos] == '\n') ++m_line;
-            ++m_pos;
+            const char c = m_text[m_pos++];
+            // CRLF counts once, at its LF.
+            if (c == '\n' || (c == '\r' && (m_pos == m_text.size() || m_text[m_pos] != '\n')))
+                ++m_line;
         }
     }
 
@@ -118,7 +153,7 @@ public:
     BvhClip parse() {
         m_lexer.expect("HIERARCHY");
         m_lexer.expect("ROOT");
-        readJoint(-1);
+        readHierarchy();
         if (equalsIgnoringCase(m_lexer.peek().text, "ROOT"))
             m_lexer.fail(m_lexer.peek(), "expected MOTION (only one ROOT is supported)");
         m_lexer.expect("MOTION");
@@ -128,30 +163,66 @@ public:
     }
 
 private:
-    void readJoint(int parent) {
+    // Joints nest as deep as the file likes, so the open ones are kept on a list rather than
+    // on the call stack.
+    void readHierarchy() {
+        std::vector<int> open{readJoint(-1)};
+        while (!open.empty()) {
+            const Token token = m_lexer.next();
+            if (token.text == "}") {
+                open.pop_back();
+            } else if (equalsIgnoringCase(token.text, "JOINT")) {
+                open.push_back(readJoint(open.back()));
+            } else if (equalsIgnoringCase(token.text, "End")) {
+                readEndSite();
+            } else {
+                m_lexer.fail(token, "expected JOINT, End Site or '}'");
+            }
+        }
+    }
+
+    // Reads a joint's name, offset and channels, up to its children; returns its index.
+    int readJoint(int parent) {
         BvhJoint joint;
         joint.parent = parent;
         const int line = m_lexer.line();
         joint.name = std::string(m_lexer.restOfLine());
-        if (!joint.name.empty() && joint.name.back() == '{') {
+        const bool braceOnLine = !joint.name.empty() && joint.name.back() == '{';
+        if (braceOnLine) {
             joint.name.pop_back();
             while (!joint.name.empty() && isBlank(joint.name.back())) joint.name.pop_back();
-        } else {
-            m_lexer.expect("{");
         }
-        if (joint.name.empty()) m_lexer.fail({"", line}, "expected a joint name");
+        const int index = static_cast<int>(m_clip.joints.size());
+        checkName(joint.name, index, line);
+        if (!braceOnLine) m_lexer.expect("{");
         m_lexer.expect("OFFSET");
         joint.offset = {m_lexer.number(), m_lexer.number(), m_lexer.number()};
         readChannels(joint);
-        const int index = static_cast<int>(m_clip.joints.size());
         m_clip.joints.push_back(std::move(joint));
-        readChildren(index);
+        return index;
+    }
+
+    // The name matches body segments and stands in messages, so it must be one of its own
+    // and printable.
+    void checkName(const std::string& name, int index, int line) {
+        const std::string joint = "joint " + std::to_string(index);
+        if (name.empty()) m_lexer.fail(line, joint + ": expected a name");
+        if (std::any_of(name.begin(), name.end(), isControl))
+            m_lexer.fail(line, joint + ": expected a name without control characters, found " +
+                                   quoted(name));
+        std::string key = name;
+        std::transform(key.begin(), key.end(), key.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        const auto [known, added] = m_names.emplace(std::move(key), index);
+        if (!added)
+            m_lexer.fail(line, joint + ": expected a name of its own, found " + quoted(name) +
+                                   ", the name of joint " + std::to_string(known->second));
     }
 
     void readChannels(BvhJoint& joint) {
         m_lexer.expect("CHANNELS");
         const Token countToken = m_lexer.peek();
-        const double count = m_lexer.number();
+        const double count = m_lexer.number("a channel count from 0 to 6");
         if (count < 0 || count > 6 || count != static_cast<int>(count))
             m_lexer.fail(countToken, "expected a channel count from 0 to 6");
         joint.firstChannel = m_clip.channelCount;
@@ -165,83 +236,93 @@ private:
         m_clip.channelCount += static_cast<int>(count);
     }
 
-    void readChildren(int parent) {
-        for (;;) {
-            const Token token = m_lexer.next();
-            if (token.text == "}") return;
-            if (equalsIgnoringCase(token.text, "JOINT")) {
-                readJoint(parent);
-            } else if (equalsIgnoringCase(token.text, "End")) {
-                m_lexer.expect("Site");
-                m_lexer.expect("{");
-                m_lexer.expect("OFFSET");
-                for (int i = 0; i < 3; ++i) m_lexer.number();  // where the bone ends; no motion
-                m_lexer.expect("}");
-            } else {
-                m_lexer.fail(token, "expected JOINT, End Site or '}'");
-            }
-        }
+    void readEndSite() {
+        m_lexer.expect("Site");
+        m_lexer.expect("{");
+        m_lexer.expect("OFFSET");
+        for (int i = 0; i < 3; ++i) m_lexer.number();  // where the bone ends; no motion
+        m_lexer.expect("}");
     }
 
     void readMotionHeader() {
         m_lexer.expect("Frames:");
         const Token framesToken = m_lexer.peek();
-        const double frames = m_lexer.number();
-        if (frames < 1 || frames != static_cast<int>(frames))
-            m_lexer.fail(framesToken, "expected a frame count of at least 1");
-        m_clip.frameCount = static_cast<int>(frames);
+        const double frames = m_lexer.number("a frame count");
+        if (frames < 1 || frames > INT_MAX || frames != std::floor(frames))
+            m_lexer.fail(framesToken,
+                         "expected a frame count from 1 to " + std::to_string(INT_MAX));
         m_lexer.expect("Frame");
         m_lexer.expect("Time:");
         const Token timeToken = m_lexer.peek();
-        m_clip.frameTime = m_lexer.number();
+        m_clip.frameTime = m_lexer.number("a frame time");
         if (!(m_clip.frameTime > 0.0)) m_lexer.fail(timeToken, "expected a frame time above 0");
-        m_lexer.restOfLine();
+        m_clip.frameTimeText = std::string(timeToken.text);
+        if (const std::string_view rest = m_lexer.restOfLine(); !rest.empty())
+            m_lexer.fail(timeToken.line,
+                         "expected the end of the line after the frame time, " + found(rest));
+        checkFrameCount(framesToken, static_cast<int>(frames));
+        m_clip.frameCount = static_cast<int>(frames);
+    }
+
+    // A frame needs at least one digit and one separator per channel; a count the rest of the
+    // file cannot hold is refused before any room is made for it.
+    void checkFrameCount(const Token& framesToken, int frames) {
+        if (m_clip.channelCount == 0)
+            m_lexer.fail(framesToken.line, "expected a hierarchy with at least one channel");
+        const size_t left = m_text.size() - m_lexer.position();
+        const size_t most = (left + 1) / (2 * static_cast<size_t>(m_clip.channelCount));
+        if (static_cast<size_t>(frames) > most)
+            m_lexer.fail(framesToken, "expected at most " + std::to_string(most) +
+                                          " frames, as many as the rest of the file can hold");
     }
 
     void readFrames() {
-        m_clip.values.reserve(static_cast<size_t>(m_clip.frameCount) * m_clip.channelCount);
+        m_lexer.skipLineEnd();
+        m_clip.values.reserve(static_cast<size_t>(m_clip.frameCount) *
+                              static_cast<size_t>(m_clip.channelCount));
         size_t pos = m_lexer.position();
-        if (pos < m_text.size() && m_text[pos] == '\n') ++pos;
         int line = m_lexer.line();
         int frame = 0;
         while (pos < m_text.size()) {
-            size_t end = m_text.find('\n', pos);
-            if (end == std::string_view::npos) end = m_text.size();
-            ++line;
+            size_t end = pos;
+            while (end < m_text.size() && !isLineEnd(m_text[end])) ++end;
             readFrameLine(m_text.substr(pos, end - pos), line, frame);
-            pos = end + 1;
+            pos = end;
+            if (pos < m_text.size() && m_text[pos] == '\r') ++pos;
+            if (pos < m_text.size() && m_text[pos] == '\n') ++pos;
+            if (pos < m_text.size()) ++line;
         }
         if (frame < m_clip.frameCount)
-            throw TakeError(m_name + ": line " + std::to_string(line) + ": the file ends after " +
-                            std::to_string(frame) + " of " + std::to_string(m_clip.frameCount) +
-                            " frames");
+            m_lexer.fail(line, "expected " + std::to_string(m_clip.frameCount) +
+                                   " frames as Frames: says, found the end of the file after " +
+                                   std::to_string(frame));
     }
 
     void readFrameLine(std::string_view text, int line, int& frame) {
         const size_t before = m_clip.values.size();
-        const char* p = text.data();
-        const char* end = text.data() + text.size();
+        size_t pos = 0;
         for (;;) {
-            while (p < end && isBlank(*p)) ++p;
-            if (p == end) break;
+            while (pos < text.size() && isBlank(text[pos])) ++pos;
+            if (pos == text.size()) break;
+            const size_t start = pos;
+            while (pos < text.size() && !isBlank(text[pos])) ++pos;
+            const std::string_view word = text.substr(start, pos - start);
             double value = 0.0;
-            const auto [ptr, ec] = std::from_chars(p, end, value);
-            if (ec != std::errc() || (ptr < end && !isBlank(*ptr)))
-                throw TakeError(m_name + ": line " + std::to_string(line) + ": frame " +
-                                std::to_string(frame) + ": expected a number");
+            if (!bvhNumber(word, value) || !std::isfinite(value))
+                m_lexer.fail(line, "frame " + std::to_string(frame) +
+                                       ": expected a finite number, " + found(word));
             m_clip.values.push_back(value);
-            p = ptr;
         }
         const size_t count = m_clip.values.size() - before;
         if (count == 0) return;
         if (frame >= m_clip.frameCount)
-            throw TakeError(m_name + ": line " + std::to_string(line) + ": more frames than the " +
-                            std::to_string(m_clip.frameCount) + " that Frames: announces");
+            m_lexer.fail(line, "expected the end of the file after the " +
+                                   std::to_string(m_clip.frameCount) +
+                                   " frames that Frames: announces, found more");
         if (count != static_cast<size_t>(m_clip.channelCount))
-            throw TakeError(m_name + ": line " + std::to_string(line) + ": frame " +
-                            std::to_string(frame) + ": expected " +
-                            std::to_string(m_clip.channelCount) + " numbers, found " +
-                            std::to_string(count));
+            m_lexer.fail(line, "frame " + std::to_string(frame) + ": expected " +
+                                   std::to_string(m_clip.channelCount) + " numbers, found " +
+                                   std::to_string(count));
         ++frame;
     }
 
@@ -249,6 +330,7 @@ private:
     std::string_view m_text;
     const std::string& m_name;
     BvhClip m_clip;
+    std::unordered_map<std::string, int> m_names;  // lower-case name to joint index
 };
 
 takemath::Quat channelRotation(BvhChannel channel, double degrees) {
@@ -263,7 +345,25 @@ takemath::Quat channelRotation(BvhChannel channel, double degrees) {
     }
 }
 
+// Whether the first block read already shows that this is no BVH text (a device, a binary
+// file), so that reading on is futile.
+bool plainlyNoBvh(std::string_view head) {
+    const auto word = std::find_if_not(head.begin(), head.end(), isBlank);
+    if (word == head.end()) return false;  // only blanks so far
+    return !equalsIgnoringCase(std::string_view(word, head.end()).substr(0, 9), "HIERARCHY");
+}
+
 }  // namespace
+
+bool bvhNumber(std::string_view word, double& value) {
+    if (word.size() > 1 && word[0] == '+' && word[1] != '-') word.remove_prefix(1);
+    const char* end = word.data() + word.size();
+    const auto [ptr, ec] = std::from_chars(word.data(), end, value);
+    if (word.empty() || ptr != end) return false;
+    // Beyond the range of a double: infinite, for the caller to refuse.
+    if (ec == std::errc::result_out_of_range) value = HUGE_VAL;
+    return ec == std::errc() || ec == std::errc::result_out_of_range;
+}
 
 BvhClip parseBvh(std::string_view text, const std::string& name) {
     return BvhParser(text, name).parse();
@@ -272,10 +372,22 @@ BvhClip parseBvh(std::string_view text, const std::string& name) {
 BvhClip readBvhFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) throw TakeError(path + ": cannot open");
-    std::ostringstream text;
-    text << file.rdbuf();
-    if (!file && !file.eof()) throw TakeError(path + ": cannot read");
-    return parseBvh(text.str(), path);
+    try {
+        // Read in blocks, so that a device or a file of another kind ends at its first block
+        // rather than filling the memory.
+        std::string text;
+        std::string block(1 << 16, '\0');
+        while (file.read(block.data(), static_cast<std::streamsize>(block.size())) ||
+               file.gcount() > 0) {
+            const bool first = text.empty();
+            text.append(block.data(), static_cast<size_t>(file.gcount()));
+            if (first && plainlyNoBvh(text)) return parseBvh(text, path);
+        }
+        if (file.bad()) throw TakeError(path + ": cannot read");
+        return parseBvh(text, path);
+    } catch (const std::bad_alloc&) {
+        throw TakeError(path + ": too large to read into memory");
+    }
 }
 
 std::vector<BvhJointPose> bvhForwardKinematics(const BvhClip& clip, int frame) {

@@ -24,6 +24,7 @@ struct BvhClip {
     int channelCount = 0;
     int frameCount = 0;
     double frameTime = 0.0;      // seconds
+    std::string frameTimeText;   // as printed, which tells the precision it was written with
     std::vector<double> values;  // frameCount rows of channelCount values
 };
 
@@ -33,10 +34,17 @@ struct BvhJointPose {
     takemath::Quat orientation;
 };
 
-// Reads a BVH file; throws TakeError naming the file and line of a malformed file.
+// Reads a BVH file; throws TakeError naming the file, the line and what was expected there.
+// Rules: one ROOT; joint names unique (ignoring case) and free of control characters; every
+// number finite; Frame Time above 0; exactly Frames: rows of one value per channel. Lines
+// may end in LF, CRLF or CR alone.
 BvhClip readBvhFile(const std::string& path);
 // The same for a BVH text in memory; `name` stands for the file in messages.
 BvhClip parseBvh(std::string_view text, const std::string& name);
+
+// Converts a whole word to a number; false when the word is no number at all. Infinite and
+// not-a-number results are returned as such, for the caller to refuse with its own words.
+bool bvhNumber(std::string_view word, double& value);
 
 // The file's own forward kinematics: every joint's global pose in frame `frame`, or in the
 // rest pose (no joint rotated, the root at its offset) when `frame` is negative. Rotations

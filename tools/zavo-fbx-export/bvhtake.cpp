@@ -1,5 +1,7 @@
 #include "bvhtake.h"
 
+#include "bvhnaming.h"
+
 namespace {
 
 using bodytables::BodySegmentCount;
@@ -46,15 +48,16 @@ BvhBodyMap mapBvhJoints(const BvhClip& clip) {
     for (auto& hand : map.fingerJoint) hand.fill(-1);
     map.segmentJoint[0] = 0;  // the root is the pelvis whatever its name
     map.matched[0] = true;
+    const BvhNamingScheme scheme = bvhNamingScheme(clip);
+    map.scheme = scheme.name;
     for (size_t j = 1; j < clip.joints.size(); ++j) {
-        const std::string& name = clip.joints[j].name;
-        const int segment = bodytables::segmentByName(name);
-        if (segment > 0 && !map.matched[segment]) {
-            map.segmentJoint[segment] = static_cast<int>(j);
-            map.matched[segment] = true;
-        }
-        int hand = 0, finger = 0;
-        if (bodytables::fingerByName(name, hand, finger) && map.fingerJoint[hand][finger] < 0) {
+        const int target = scheme.targets[j];
+        if (target >= 0 && target < BodySegmentCount && !map.matched[target]) {
+            map.segmentJoint[target] = static_cast<int>(j);
+            map.matched[target] = true;
+        } else if (target >= 100) {
+            const int hand = target / 100 - 1, finger = target % 100;
+            if (map.fingerJoint[hand][finger] >= 0) continue;
             map.fingerJoint[hand][finger] = static_cast<int>(j);
             map.hasFingers = true;
         }
@@ -75,10 +78,10 @@ BvhBodyMap mapBvhJoints(const BvhClip& clip) {
     return map;
 }
 
-Take takeFromBvh(const BvhClip& clip, double metresPerUnit) {
+Take takeFromBvh(const BvhClip& clip, double metresPerUnit, double frameRate) {
     const BvhBodyMap map = mapBvhJoints(clip);
     Take take;
-    take.frameRate = 1.0 / clip.frameTime;
+    take.frameRate = frameRate;
     for (std::string_view name : bodytables::segmentNames) take.segmentNames.emplace_back(name);
     if (map.hasFingers) {
         for (std::string_view name : bodytables::leftFingerNames)

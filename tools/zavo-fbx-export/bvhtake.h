@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <string_view>
 
 #include "bodytables.h"
 #include "bvhclip.h"
@@ -17,15 +18,17 @@ struct BvhBodyMap {
     std::array<std::array<int, bodytables::FingerCount>, 2> fingerJoint{};
     // Whether any joint carries a finger name; without one the take has no finger data.
     bool hasFingers = false;
+    std::string_view scheme;  // the joint-naming scheme the clip was read in
 };
 
-// Matches the clip's joints to the host's segments and fingers by name, ignoring case.
+// Matches the clip's joints to the host's segments and fingers by name, ignoring case, in the
+// naming scheme that knows most of them.
 BvhBodyMap mapBvhJoints(const BvhClip& clip);
 
 // Turns a BVH clip into a take: poses from the clip's own forward kinematics, turned from the
 // file's Y-up axes into the host's Z-up axes and from file units into metres (`metresPerUnit`);
-// the rest pose is the null pose, the frame rate is 1 / Frame Time.
-Take takeFromBvh(const BvhClip& clip, double metresPerUnit);
+// the rest pose is the null pose; the frames follow each other at `frameRate`.
+Take takeFromBvh(const BvhClip& clip, double metresPerUnit, double frameRate);
 
 // A BVH position in the host's axes and in metres.
 takemath::Vec3 hostPositionFromBvh(takemath::Vec3 position, double metresPerUnit);

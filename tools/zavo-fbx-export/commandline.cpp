@@ -241,6 +241,15 @@ private:
         } else if (m_name == "--demo-fingers" || m_name == "--no-demo-fingers") {
             noValue();
             m_result.demoTake.fingers = m_name == "--demo-fingers";
+        } else if (m_name == "--bvh-rate") {
+            const std::string text = value();
+            const auto rate = parseNumber(text);
+            if (!rate || *rate <= 0.0)
+                usageError("--bvh-rate " + text + ": expected frames per second above 0");
+            m_result.bvhFrameRate = *rate;
+        } else if (m_name == "--verbose" || m_name == "-v") {
+            noValue();
+            m_result.verbose = true;
         } else if (m_name == "--bvh-unit") {
             const std::string text = value();
             m_result.bvhMetresPerUnit = bvhUnitFromText(text);
@@ -340,6 +349,9 @@ Other options:
                         inches or metres per file unit (default centimeters)
   --output-dir DIR      convert every INPUT into DIR (an existing folder)
   -j, --jobs N          with --output-dir: convert N inputs at once (default 1)
+  --bvh-rate HZ         frame rate of a BVH file (default: from its Frame Time, a
+                        standard rate when the printed value is that rate rounded)
+  -v, --verbose         tell how BVH joints were matched to the body
   -q, --quiet           no progress and no summary
   --options             edit the plug-in's settings in its options page
 

@@ -33,6 +33,8 @@ struct CommandLine {
     bool quiet = false;
     DemoTakeOptions demoTake;
     double bvhMetresPerUnit = 0.01;
+    double bvhFrameRate = 0.0;  // 0: from the BVH file's Frame Time
+    bool verbose = false;
 };
 
 // A command line that cannot be run: exit status 2 for a malformed command line, 1 for a

@@ -12,7 +12,7 @@
 #include <memory>
 #include <optional>
 
-#include "bvhtake.h"
+#include "bvhimport.h"
 #include "exportdriver.h"
 #include "fbxcontentcount.h"
 #include "jsontakereader.h"
@@ -102,8 +102,15 @@ Take loadTake(const CommandLine& command) {
     if (command.demo) return makeDemoTake(command.demoTake);
     if (QFileInfo(fromStd(command.input))
             .suffix()
-            .compare(QLatin1String("bvh"), Qt::CaseInsensitive) == 0)
-        return takeFromBvh(readBvhFile(command.input), command.bvhMetresPerUnit);
+            .compare(QLatin1String("bvh"), Qt::CaseInsensitive) == 0) {
+        std::vector<std::string> notes;
+        Take take =
+            importBvhTake(command.input,
+                          {command.bvhMetresPerUnit, command.bvhFrameRate, command.verbose}, notes);
+        for (const std::string& note : notes)
+            if (!command.quiet) std::printf("%s\n", note.c_str());
+        return take;
+    }
     return readTakeFile(command.input);
 }
 
