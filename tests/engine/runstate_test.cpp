@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "bvhclip.h"
+#include "bvhframerate.h"
 #include "bvhtake.h"
 #include "demotake.h"
 #include "fakehost.h"
@@ -28,7 +29,8 @@ constexpr double StudioRate = 119.88;
 
 Take cmuTake(const QString& clip) {
     const QString path = QStringLiteral(ZAVO_BVH_DATA_DIR "/") + clip;
-    return takeFromBvh(readBvhFile(path.toStdString()), 0.01);
+    const BvhClip bvh = readBvhFile(path.toStdString());
+    return takeFromBvh(bvh, 0.01, bvhFrameRate(bvh).rate);
 }
 
 Take studioTake() {
