@@ -1,31 +1,46 @@
 #include "fbx/io/fbxfilestream.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
-#include <climits>
-#include <cstdlib>
+#include <csignal>
 #include <cstring>
+
+#include "fbx/io/fbxoutputplace.h"
 
 namespace {
 
-// A name beside the target that no other writer of this process or another one uses.
-std::string TemporaryNameFor(const std::string& target) {
-    static std::atomic<unsigned> counter{0};
-    return target + ".tmp" + std::to_string(getpid()) + "-" + std::to_string(counter++);
-}
+// Writes to a pipe whose reader has gone raise SIGPIPE, which would end the whole host; the
+// write's EPIPE is the report wanted, so the signal is held back and dropped if it was ours.
+class BrokenPipeHeld {
+public:
+    BrokenPipeHeld() {
+        sigemptyset(&mPipe);
+        sigaddset(&mPipe, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &mPipe, &mPrevious);
+        sigset_t pending;
+        sigpending(&pending);
+        mWasPending = sigismember(&pending, SIGPIPE) == 1;
+    }
+    ~BrokenPipeHeld() {
+        sigset_t pending;
+        sigpending(&pending);
+        const timespec now{};
+        if (!mWasPending && sigismember(&pending, SIGPIPE) == 1)
+            sigtimedwait(&mPipe, nullptr, &now);
+        pthread_sigmask(SIG_SETMASK, &mPrevious, nullptr);
+    }
+    BrokenPipeHeld(const BrokenPipeHeld&) = delete;
+    BrokenPipeHeld& operator=(const BrokenPipeHeld&) = delete;
 
-// Writes through a symbolic link land in the file it names; the link itself stays.
-std::string ResolveLink(const std::string& target) {
-    struct stat info {};
-    if (lstat(target.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return target;
-    char resolved[PATH_MAX];
-    return realpath(target.c_str(), resolved) ? std::string(resolved) : target;
-}
+private:
+    sigset_t mPipe;
+    sigset_t mPrevious;
+    bool mWasPending = false;
+};
 
 }  // namespace
 
@@ -38,35 +53,47 @@ bool FbxFileStream::Open(const std::string& target) {
     mErrno = 0;
     mFlushed = 0;
     mBuffer.clear();
-    mBuffer.reserve(mCapacity);
-    mName = target;
+    mName = target == "-" ? "standard output" : target;
     if (target.empty()) {
         Fail(ENOENT);
         return false;
     }
-    mTarget = ResolveLink(target);
-    struct stat info {};
-    const bool exists = stat(mTarget.c_str(), &info) == 0;
-    if (exists && !S_ISREG(info.st_mode)) {
-        mFd = open(mTarget.c_str(), O_WRONLY | O_CLOEXEC);
-    } else {
-        do {
-            mTemporary = TemporaryNameFor(mTarget);
-            mFd = open(mTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        } while (mFd < 0 && errno == EEXIST);
-        if (mFd >= 0 && exists) fchmod(mFd, info.st_mode & 07777);
-    }
-    if (mFd < 0) {
-        Fail(errno);
-        mTemporary.clear();
+    const FbxOutputPlace place = FbxOutputPlace::Find(target);
+    if (place.error) {
+        Fail(place.error);
         return false;
     }
+    mTarget = place.path;
+    mDirect = place.kind != FbxOutputPlace::eReplace;
+    if (place.kind == FbxOutputPlace::eStandardOutput) {
+        // A copy, so that closing the output leaves the process's standard output open.
+        mFd = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
+    } else if (mDirect) {
+        mFd = open(mTarget.c_str(), O_WRONLY | O_TRUNC | O_NOCTTY | O_CLOEXEC);
+    } else {
+        return OpenReplacement(place);
+    }
+    if (mFd < 0) Fail(errno);
+    return mFd >= 0;
+}
+
+bool FbxFileStream::OpenReplacement(const FbxOutputPlace& place) {
+    mFd = FbxOpenReplacement(place, mTemporary);
+    if (mFd < 0) {
+        Fail(errno);
+        return false;
+    }
+    mBuffer.reserve(mCapacity);
     return true;
 }
 
 void FbxFileStream::Write(const void* data, size_t size) {
     if (mFd < 0 || Failed()) return;
     const char* bytes = static_cast<const char*>(data);
+    if (mDirect) {
+        mBuffer.insert(mBuffer.end(), bytes, bytes + size);
+        return;
+    }
     if (mBuffer.size() + size > mCapacity) Flush();
     if (size >= mCapacity) {
         if (!Failed() && WriteAll(bytes, size)) mFlushed += size;
@@ -94,18 +121,41 @@ void FbxFileStream::Patch(uint64_t position, const void* data, size_t size) {
 
 bool FbxFileStream::Commit() {
     if (mFd < 0) return false;
-    Flush();
-    if (!mTemporary.empty() && !Failed() && fsync(mFd) != 0) Fail(errno);
+    const bool committed = mDirect ? CommitDirect() : CommitReplacement();
+    if (!committed) Abort();
+    return committed;
+}
+
+bool FbxFileStream::CommitDirect() {
+    {
+        BrokenPipeHeld held;
+        if (!Failed() && WriteAll(mBuffer.data(), mBuffer.size())) mFlushed += mBuffer.size();
+    }
+    mBuffer.clear();
     CloseDescriptor();
-    if (!mTemporary.empty() && !Failed() && rename(mTemporary.c_str(), mTarget.c_str()) != 0) {
-        Fail(errno);
+    return !Failed();
+}
+
+// The data reaches the disk before the name does, so a crash of the machine never shows
+// an empty or partial file under the name; the folder is synced to keep the new name.
+bool FbxFileStream::CommitReplacement() {
+    Flush();
+    if (!Failed() && fsync(mFd) != 0) Fail(errno);
+    if (!mTemporary.empty()) CloseDescriptor();
+    if (!Failed()) {
+        if (const int error = FbxPublishReplacement(mFd, mTemporary, mTarget)) Fail(error);
     }
-    if (Failed()) {
-        Abort();
-        return false;
-    }
+    if (Failed()) return false;
     mTemporary.clear();
-    return true;
+    CloseDescriptor();
+    const std::string folder = mTarget.substr(0, mTarget.find_last_of('/') + 1);
+    const int folderFd =
+        open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folderFd >= 0) {
+        fsync(folderFd);
+        close(folderFd);
+    }
+    return !Failed();
 }
 
 void FbxFileStream::Abort() {
@@ -121,7 +171,7 @@ std::string FbxFileStream::ErrorText() const {
 }
 
 void FbxFileStream::Flush() {
-    if (mBuffer.empty() || Failed()) return;
+    if (mDirect || mBuffer.empty() || Failed()) return;
     if (WriteAll(mBuffer.data(), mBuffer.size())) mFlushed += mBuffer.size();
     mBuffer.clear();
 }

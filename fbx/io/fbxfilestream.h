@@ -5,13 +5,16 @@
 #include <string>
 #include <vector>
 
+struct FbxOutputPlace;
+
 // Buffered output file for the FBX writers.
 //
-// A regular file (or a name that does not exist yet) is written beside its target under a
-// temporary name and renamed over the target by Commit(), so a failed write never leaves a
-// partial file under the target name nor destroys the file that was there. Targets that are
-// not regular files (devices, pipes) are written in place: they cannot be replaced by a
-// rename.
+// A regular file (or a name that does not exist yet) is written into an unnamed file in its
+// folder and put in place by Commit() in one step (see FbxOutputPlace), so a failed or
+// stopped write never leaves a partial file under the name, nor anything beside it, and the
+// file that was there survives. Pipes, devices and standard output ("-") cannot be replaced:
+// their bytes are kept in memory and written in order by Commit(), so the headers patched
+// late still reach a reader that cannot seek.
 //
 // Bytes already written can be overwritten with Patch(); the binary encoding uses it to fill
 // in record headers once a record's size is known. The first failing system call is kept
@@ -23,8 +26,8 @@ public:
     FbxFileStream(const FbxFileStream&) = delete;
     FbxFileStream& operator=(const FbxFileStream&) = delete;
 
-    // Opens the output for `target`. Returns false (with ErrorText()) when nothing could be
-    // created; the target is untouched then.
+    // Opens the output for `target` ("-": standard output). Returns false (with ErrorText())
+    // when nothing could be created; the target is untouched then.
     bool Open(const std::string& target);
     bool IsOpen() const { return mFd >= 0; }
     // Takes effect at the next Open(); 0 makes every write a system call.
@@ -37,10 +40,10 @@ public:
     void Patch(uint64_t position, const void* data, size_t size);
     uint64_t Tell() const { return mFlushed + mBuffer.size(); }
 
-    // Flushes, syncs and moves the temporary file over the target. Returns false when any
-    // write failed; the temporary file is removed then and the target keeps its old content.
+    // Writes what is left, syncs and puts the file in place. Returns false when any write
+    // failed; the unfinished file is gone then and the target keeps its old content.
     bool Commit();
-    // Closes and removes the temporary file without touching the target.
+    // Drops the unfinished file without touching the target.
     void Abort();
 
     bool Failed() const { return mErrno != 0; }
@@ -50,6 +53,9 @@ public:
     std::string ErrorText() const;
 
 private:
+    bool OpenReplacement(const FbxOutputPlace& place);
+    bool CommitDirect();
+    bool CommitReplacement();
     void Flush();
     void Fail(int error);
     void CloseDescriptor();
@@ -61,7 +67,8 @@ private:
     uint64_t mFlushed = 0;
     int mFd = -1;
     int mErrno = 0;
+    bool mDirect = false;    // a pipe, device or standard output: written at Commit()
     std::string mName;       // the output as the caller named it, for messages
     std::string mTarget;     // the file that is replaced: the name with links followed
-    std::string mTemporary;  // empty when writing in place
+    std::string mTemporary;  // the replacement's name where it cannot be unnamed
 };

@@ -72,8 +72,10 @@ bool FbxWriterFbx7_Impl::FileCreate(const char* fileName) {
     mIO->CompressArrays(mOptions.compressArrays);
     mIO->CompressLevel(mOptions.compressLevel);
     mIO->CompressMinimumSize(mOptions.compressMinimumSize);
+    // Messages name the file as the user finds it; "-" is standard output, not a file.
+    std::string path = fileName ? fileName : "";
     std::error_code error;
-    const std::filesystem::path path = std::filesystem::absolute(fileName ? fileName : "", error);
+    if (path != "-") path = std::filesystem::absolute(path, error).string();
     if (!mIO->ProjectCreateEmpty(path.c_str(), mVersion, mBinary)) {
         Check();
         return false;

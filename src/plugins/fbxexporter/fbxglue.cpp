@@ -1,7 +1,11 @@
 #include "fbxglue.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <QCoreApplication>
 #include <cstdio>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 
@@ -11,25 +15,45 @@
 #include "fbx/scene/fbxmanager.h"
 #include "fbx/scene/fbxscene.h"
 
+namespace {
+
+std::FILE* g_lines = stdout;
+
+// Pipes and terminals behind standard output; a regular file there is left to the caller.
+bool IsStandardOutput(const char* file) {
+    struct stat named {
+    }, standard{};
+    if (std::strcmp(file, "-") == 0) return true;
+    return stat(file, &named) == 0 && fstat(STDOUT_FILENO, &standard) == 0 &&
+           named.st_dev == standard.st_dev && named.st_ino == standard.st_ino &&
+           !S_ISREG(named.st_mode);
+}
+
+}  // namespace
+
+void DirectGlueLinesAwayFrom(const char* outputFile) {
+    g_lines = outputFile && IsStandardOutput(outputFile) ? stderr : stdout;
+}
+
 void InitializeSdkObjects(FbxManager*& manager, FbxScene*& scene) {
     manager = FbxManager::Create();
     if (!manager) {
-        std::printf("Error: Unable to create FBX Manager!\n");
+        std::fprintf(g_lines, "Error: Unable to create FBX Manager!\n");
         throw std::runtime_error("Error: Unable to create FBX Manager");
     }
-    std::printf("FBX library version %s\n", manager->GetVersion());
+    std::fprintf(g_lines, "FBX library version %s\n", manager->GetVersion());
     manager->SetIOSettings(FbxIOSettings::Create(manager, "IOSRoot"));
     manager->LoadPluginsDirectory(QCoreApplication::applicationDirPath().toUtf8().constData());
     scene = FbxScene::Create(manager, "My Scene");
     if (!scene) {
-        std::printf("Error: Unable to create FBX Scene!\n");
+        std::fprintf(g_lines, "Error: Unable to create FBX Scene!\n");
         throw std::runtime_error("Error: Unable to create FBX Scene");
     }
 }
 
 void DestroySdkObjects(FbxManager* manager, bool exitStatus) {
     if (manager) manager->Destroy();
-    if (exitStatus) std::printf("Program Success!\n");
+    if (exitStatus) std::fprintf(g_lines, "Program Success!\n");
 }
 
 bool SaveScene(FbxManager* manager, FbxDocument* scene, const char* fileName, const char* format,
@@ -47,15 +71,15 @@ bool SaveScene(FbxManager* manager, FbxDocument* scene, const char* fileName, co
     settings->SetBoolProp("Export|AdvOptGrp|Fbx|EMBEDDED", embedMedia);
     bool saved = exporter->Initialize(fileName, fileFormat, settings);
     if (!saved) {
-        std::printf("Call to FbxExporter::Initialize() failed.\n");
+        std::fprintf(g_lines, "Call to FbxExporter::Initialize() failed.\n");
     } else {
         int major = 0, minor = 0, revision = 0;
         manager->GetFileFormatVersion(major, minor, revision);
-        std::printf("FBX file format version %d.%d.%d\n\n", major, minor, revision);
+        std::fprintf(g_lines, "FBX file format version %d.%d.%d\n\n", major, minor, revision);
         saved = exporter->Export(scene, false);
     }
     if (!saved) {
-        std::printf("Error returned: %s\n\n", exporter->GetStatus().GetErrorString());
+        std::fprintf(g_lines, "Error returned: %s\n\n", exporter->GetStatus().GetErrorString());
         if (error) *error = exporter->GetStatus().GetErrorString();
     }
     exporter->Destroy();

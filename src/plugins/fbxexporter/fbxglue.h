@@ -9,6 +9,9 @@ class FbxDocument;
 // The export run's use of the FBX library: making and releasing its objects and saving a scene.
 // Progress and errors are printed on standard output.
 
+// The glue's lines go to standard output, unless the FBX file itself is written there ("-",
+// /dev/stdout): they go to standard error then, so as not to mix with the file's bytes.
+void DirectGlueLinesAwayFrom(const char* outputFile);
 // Creates the manager with its IO settings and the scene. Throws std::runtime_error when the
 // manager or the scene cannot be made.
 void InitializeSdkObjects(FbxManager*& manager, FbxScene*& scene);

@@ -82,9 +82,13 @@ bool NuFbxExporter::initialize(const QString& fileName) {
         QMessageLogger("fbxexporter", 94, "initialize").warning("No valid filename retrieved");
         return false;
     }
-    m_fileName = QDir::cleanPath(QFileInfo(fileName).absoluteFilePath());
+    // "-" is standard output, which no folder holds.
+    const bool standardOutput = fileName == QLatin1String("-");
+    m_fileName =
+        standardOutput ? fileName : QDir::cleanPath(QFileInfo(fileName).absoluteFilePath());
     m_takeName = takeNameOf(m_fileName);
 
+    DirectGlueLinesAwayFrom(m_fileName.toUtf8().constData());
     InitializeSdkObjects(m_manager, m_scene);
     m_manager->GetIOSettings()->SetBoolProp(EXP_FBX_DETERMINISTIC,
                                             qgetenv(DeterministicVariable) == "1");
