@@ -1,0 +1,183 @@
+#include "faultcheck.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryFile>
+#include <cmath>
+#include <iostream>
+
+#include "tests/support/fbxassimpscene.h"
+#include "tests/support/fbxbinaryreader.h"
+
+namespace {
+
+bool allFinite(const fbxtest::Record& record) {
+    for (const fbxtest::Value& value : record.values)
+        for (double real : value.reals)
+            if (!std::isfinite(real)) return false;
+    for (const fbxtest::Record& child : record.children)
+        if (!allFinite(child)) return false;
+    return true;
+}
+
+std::string binaryProblem(const QByteArray& bytes, int framesExported, const QString& warnings) {
+    fbxtest::File file;
+    std::string error;
+    const std::vector<uint8_t> data(bytes.begin(), bytes.end());
+    if (!fbxtest::ReadBinaryBytes(data, file, error, {.compressMinimumSize = std::nullopt}))
+        return "the structural reader refuses the file: " + error;
+    if (!allFinite(file.root)) return "the file holds a non-finite number";
+    const fbxtest::Record* objects = file.Find("Objects");
+    if (!objects || objects->Children("Model").empty()) return "the file holds no node";
+    size_t keys = 0;
+    for (const fbxtest::Record* curve : objects->Children("AnimationCurve"))
+        if (const fbxtest::Record* times = curve->Child("KeyTime"))
+            keys = std::max(keys, times->values.at(0).ints.size());
+    if (keys == 0) return "the file holds no key";
+    if (framesExported > 0 && keys < static_cast<size_t>(framesExported) &&
+        !warnings.contains("share a key time"))
+        return std::to_string(keys) + " keys for " + std::to_string(framesExported) +
+               " frames, and no word of the lost frames";
+    return {};
+}
+
+std::string asciiProblem(const QByteArray& bytes) {
+    QTemporaryFile file(QDir::tempPath() + "/faultcheck-XXXXXX.fbx");
+    if (!file.open()) return "cannot keep a copy to read";
+    file.write(bytes);
+    file.flush();
+    fbxtest::AssimpScene scene;
+    std::string error;
+    if (!scene.Load(file.fileName().toStdString(), error))
+        return "assimp refuses the file: " + error;
+    if (scene.NodeNames().empty()) return "the file holds no node";
+    for (const char* word : {"nan", "inf", "NaN", "INF"})
+        if (bytes.contains(QByteArray(",") + word) || bytes.contains(QByteArray(" ") + word))
+            return std::string("the file holds ") + word;
+    return {};
+}
+
+std::string describe(const ProgramRun& run) {
+    return " (exit " + std::to_string(run.exitStatus) + ", standard error \"" +
+           run.standardError.trimmed().left(300).toStdString() + "\")";
+}
+
+std::string folderChange(const FolderState& before, const FolderState& after,
+                         const QString& output) {
+    for (const auto& [name, bytes] : after) {
+        if (name == output) continue;
+        const auto was = before.find(name);
+        if (was == before.end()) return "left " + name.toStdString() + " beside the output";
+        if (was->second != bytes) return "changed " + name.toStdString();
+    }
+    for (const auto& [name, bytes] : before)
+        if (name != output && !after.count(name)) return "removed " + name.toStdString();
+    return {};
+}
+
+}  // namespace
+
+FolderState folderState(const QString& folder) {
+    FolderState state;
+    const QDir dir(folder);
+    for (const QFileInfo& entry :
+         dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot)) {
+        if (entry.isSymLink())
+            state[entry.fileName()] = "link to " + entry.symLinkTarget().toUtf8();
+        else if (entry.isDir())
+            state[entry.fileName()] = "folder";
+        else if (!entry.isFile())
+            state[entry.fileName()] = "special";
+        else
+            state[entry.fileName()] = fileBytes(entry.filePath());
+    }
+    return state;
+}
+
+std::string unreadableExport(const QByteArray& bytes, int framesExported, const QString& warnings) {
+    if (bytes.startsWith("Kaydara FBX Binary"))
+        return binaryProblem(bytes, framesExported, warnings);
+    return asciiProblem(bytes);
+}
+
+std::string unclearOutcome(const ProgramRun& run, const QString& folder, const QString& output,
+                           const FolderState& before, const Expectation& expected) {
+    const FolderState after = folderState(folder);
+    if (run.exitStatus == 0 && expected.outcome != Outcome::Refused) {
+        const QFileInfo file(QDir(folder).filePath(output));
+        if (!file.isFile() || file.isSymLink()) return "exit 0 without a file" + describe(run);
+        if (std::string problem = unreadableExport(fileBytes(file.filePath()),
+                                                   expected.framesExported, run.standardError);
+            !problem.empty())
+            return "exit 0, but " + problem + describe(run);
+        if (!run.standardError.contains(expected.warning))
+            return "exit 0 without the warning \"" + expected.warning.toStdString() + "\"" +
+                   describe(run);
+        if (std::string change = folderChange(before, after, output); !change.empty())
+            return "exit 0, but the run " + change;
+        return {};
+    }
+    if (run.exitStatus == 1 && expected.outcome != Outcome::Written) {
+        const QString& error = run.standardError;
+        if (!error.startsWith("zavo-fbx-export: ") || !error.endsWith('\n') ||
+            error.count('\n') != 1)
+            return "refused without one line on standard error" + describe(run);
+        for (const QString& part : expected.messageParts)
+            if (!error.contains(part))
+                return "the refusal does not say \"" + part.toStdString() + "\"" + describe(run);
+        if (after != before) return "refused, but the run " + folderChange(before, after, {});
+        return {};
+    }
+    return std::string(expected.outcome == Outcome::Written   ? "expected a file"
+                       : expected.outcome == Outcome::Refused ? "expected a clear refusal"
+                                                              : "no clear outcome") +
+           describe(run);
+}
+
+void MatrixTally::row(const std::string& kind, const std::string& label, const std::string& problem,
+                      const char* pending) {
+    ++m_counts[kind];
+    if (problem.empty()) {
+        if (pending) m_arrived.push_back(label);
+        return;
+    }
+    if (pending)
+        m_waiting.push_back(label + ": " + problem + " [waits for " + pending + "]");
+    else
+        ADD_FAILURE() << label << ": " << problem;
+}
+
+void MatrixTally::cannotTry(const std::string& label, const std::string& reason) {
+    m_untried.push_back(label + ": " + reason);
+}
+
+void MatrixTally::finish() {
+    int total = 0;
+    std::cout << "[ matrix   ] " << m_name << ":";
+    for (const auto& [kind, count] : m_counts) {
+        std::cout << " " << count << " " << kind << ";";
+        total += count;
+    }
+    std::cout << " " << total << " in all\n";
+    for (const std::string& line : m_untried)
+        std::cout << "[ matrix   ] not tried: " << line << "\n";
+    for (const std::string& label : m_arrived)
+        std::cout << "[ matrix   ] passes now, no longer pending: " << label << "\n";
+    if (m_waiting.empty()) return;
+    std::string waiting;
+    for (const std::string& line : m_waiting) waiting += "\n  " + line;
+    GTEST_SKIP() << m_waiting.size() << " rows wait for behaviour not there yet:" << waiting;
+}
+
+QByteArray fileBytes(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void writeFile(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) file.write(bytes);
+}

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "programrun.h"
+
+// Checks shared by the fault matrices: every hostile input or fault must end either in a file
+// a reader opens or in a clear refusal that leaves the folder as it was.
+
+// What a folder holds, entry by entry: a file's bytes, or the kind of a special entry.
+using FolderState = std::map<QString, QByteArray>;
+FolderState folderState(const QString& folder);
+
+enum class Outcome { Written, Refused, Either };
+
+struct Expectation {
+    Expectation(Outcome outcome, QStringList messageParts = {}, int framesExported = 0,
+                QString warning = {})
+        : outcome(outcome),
+          messageParts(std::move(messageParts)),
+          framesExported(framesExported),
+          warning(std::move(warning)) {}
+
+    Outcome outcome;
+    // Texts the refusal's line must hold (file, key, value, reason).
+    QStringList messageParts;
+    // Frames the run exports; a file with fewer keys than this must have said why.
+    int framesExported;
+    // Text a successful run must have said on standard error.
+    QString warning;
+};
+
+// Why `run` did not end as `expected`, or empty when it did. Written: exit 0 and `output`
+// (relative to `folder`) is a file a reader opens, with nodes, keys and only finite numbers,
+// and nothing else in the folder changed. Refused: exit 1, one line on standard error holding
+// the message parts, and the folder exactly as before.
+std::string unclearOutcome(const ProgramRun& run, const QString& folder, const QString& output,
+                           const FolderState& before, const Expectation& expected);
+
+// Why the FBX bytes would not pass for an export of `framesExported` frames, or empty.
+// `warnings` is what the run said on standard error.
+std::string unreadableExport(const QByteArray& bytes, int framesExported, const QString& warnings);
+
+// The rows of one matrix: counts bad inputs per kind, fails rows whose behaviour is required
+// and collects rows whose behaviour has not arrived yet.
+class MatrixTally {
+public:
+    explicit MatrixTally(std::string name) : m_name(std::move(name)) {}
+
+    // One row's result; `pending` names the behaviour it waits for (null: required now).
+    void row(const std::string& kind, const std::string& label, const std::string& problem,
+             const char* pending = nullptr);
+    // A row this machine cannot set up, with the reason.
+    void cannotTry(const std::string& label, const std::string& reason);
+    // Prints the counts; skips the test, naming them, when pending rows did not pass.
+    void finish();
+
+private:
+    std::string m_name;
+    std::map<std::string, int> m_counts;
+    std::vector<std::string> m_waiting;
+    std::vector<std::string> m_arrived;
+    std::vector<std::string> m_untried;
+};
+
+// Bytes of a file; empty when it cannot be read.
+QByteArray fileBytes(const QString& path);
+void writeFile(const QString& path, const QByteArray& bytes);
