@@ -145,7 +145,7 @@ void MatrixTally::row(const std::string& kind, const std::string& label, const s
         return;
     }
     if (pending)
-        m_waiting.push_back(label + ": " + problem + " [waits for " + pending + "]");
+        m_waiting[pending].push_back(m_waiting[pending].empty() ? label + ": " + problem : label);
     else
         ADD_FAILURE() << label << ": " << problem;
 }
@@ -168,8 +168,12 @@ void MatrixTally::finish() {
         std::cout << "[ matrix   ] passes now, no longer pending: " << label << "\n";
     if (m_waiting.empty()) return;
     std::string waiting;
-    for (const std::string& line : m_waiting) waiting += "\n  " + line;
-    GTEST_SKIP() << m_waiting.size() << " rows wait for behaviour not there yet:" << waiting;
+    for (const auto& [behaviour, rows] : m_waiting) {
+        waiting += "\n  " + std::to_string(rows.size()) + " rows wait for " + behaviour +
+                   ", the first: " + rows.front();
+        for (size_t i = 1; i < rows.size(); ++i) waiting += (i == 1 ? "; also: " : " | ") + rows[i];
+    }
+    GTEST_SKIP() << "rows waiting for behaviour not there yet:" << waiting;
 }
 
 QByteArray fileBytes(const QString& path) {

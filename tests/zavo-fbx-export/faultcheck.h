@@ -62,7 +62,7 @@ public:
 private:
     std::string m_name;
     std::map<std::string, int> m_counts;
-    std::vector<std::string> m_waiting;
+    std::map<std::string, std::vector<std::string>> m_waiting;  // per awaited behaviour
     std::vector<std::string> m_arrived;
     std::vector<std::string> m_untried;
 };

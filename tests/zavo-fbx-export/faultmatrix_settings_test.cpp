@@ -14,6 +14,8 @@ struct KeyValues {
     const char* key;
     std::vector<const char*> bad;
     std::vector<const char*> accepted;
+    // The behaviour the refusals wait for; null once it is there.
+    const char* pending = "settings checked when a run starts";
 };
 
 const std::vector<KeyValues> keyTable = {
@@ -22,7 +24,8 @@ const std::vector<KeyValues> keyTable = {
      {"NODES", "skeleton", "0", "1", ""}},
     {"naming",
      {"maya", "2", "-1", "01", " unreal", "unreal engine", "1e0", "default;", "\xc3\xbcnreal"},
-     {"Unreal", "DEFAULT", "0", "1", ""}},
+     {"Unreal", "DEFAULT", "0", "1", ""},
+     nullptr},
     {"outputScale",
      {"abc", "", "0", "-1", "1,5", "nan", "inf", "-inf", "1e309", "-0", "100cm", "1e-400"},
      {"1", "0.001", "39.3700787", "1e3"}},
@@ -116,7 +119,7 @@ TEST_P(SettingsFaultMatrix, EachValueExportsOrStopsTheRunNamingKeyAndValue) {
         tally.row(bad ? "bad values" : "accepted values", row.label,
                   unclearOutcome(runs[i], folder.filePath(row.caseFolder), "out.fbx", before[i],
                                  row.expected),
-                  bad ? "settings checked when a run starts" : nullptr);
+                  bad ? key.pending : nullptr);
     }
     tally.finish();
 }
