@@ -7,6 +7,8 @@
 #include <string_view>
 
 #include "bvhclip.h"
+#include "bvhfolding.h"
+#include "bvhframerate.h"
 #include "bvhtake.h"
 #include "takeerror.h"
 
@@ -14,7 +16,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     try {
         const BvhClip clip = parseBvh(text, "fuzz.bvh");
-        const Take take = takeFromBvh(clip, 0.01);
+        const BvhBodyMap map = mapBvhJoints(clip);
+        (void)measureBvhFolding(clip, map, 0.01);
+        const Take take = takeFromBvh(clip, 0.01, bvhFrameRate(clip).rate);
         (void)take.frameCount();
     } catch (const TakeError&) {
     } catch (const std::exception& unexpected) {
