@@ -40,6 +40,63 @@ TEST(ExportRun, InitializeRefusesInvalidSettingsAndEmptyFileNames) {
     EXPECT_TRUE(probe.finalize(false));
 }
 
+// Values from the settings file and the command line arrive as text, those of the options page
+// typed; a value a key does not accept ends the run at its start, whichever way it came.
+TEST(ExportRun, InitializeChecksEverySettingsValue) {
+    const std::vector<std::pair<const char*, QVariantList>> refused = {
+        {"outputScale", {"abc", "", "0", "1,5", "-2", " 100", "inf", "nan", "1e999", 0.0}},
+        {"frameSkip", {"99999999999", "-1", "1000001", "2.5", "two", "", -1}},
+        {"useCalibrationPose", {"no", "off", "yes", "2", "", 2}},
+        {"walkOnTheSpot", {"on", "T", " true"}},
+        {"exportFormat", {"xml", "0", "", "binary "}},
+        {"timeIncrementMode", {"2", "fixed", "-1", ""}},
+        {"timeStart", {"5", "real", ""}}};
+    int tried = 0;
+    for (const auto& [key, values] : refused) {
+        for (const QVariant& value : values) {
+            FakeHost host;
+            loadRigidTake(host, {.frames = 2});
+            host.settings.values = {{key, value}};
+            LocalProbe probe(host);
+            try {
+                probe.initialize("/tmp/take.fbx");
+                ADD_FAILURE() << key << " accepted " << value.toString().toStdString();
+            } catch (const NuException& e) {
+                EXPECT_EQ(e.code(), 33);
+                const std::string quoted = "\"" + value.toString().toStdString() + "\"";
+                EXPECT_EQ(e.message().rfind(std::string("Invalid ") + key + ": " + quoted, 0), 0)
+                    << e.message();
+            }
+            EXPECT_EQ(probe.m_scene, nullptr);
+            probe.finalize(true);
+            ++tried;
+        }
+    }
+    EXPECT_EQ(tried, 37);
+
+    FakeHost host;
+    loadRigidTake(host, {.frames = 2});
+    host.settings.values = {{"outputScale", "1,5"}};
+    try {
+        LocalProbe(host).initialize("/tmp/take.fbx");
+    } catch (const NuException& e) {
+        EXPECT_EQ(
+            e.message(),
+            "Invalid outputScale: \"1,5\" (accepted: a number above 0, such as 100 or 0.001)");
+    }
+    const std::vector<QVariantMap> accepted = {
+        {{"outputScale", "2.54"}, {"useCalibrationPose", "FALSE"}, {"exportFormat", "Binary"}},
+        {{"outputScale", 3.2808399}, {"walkOnTheSpot", "True"}, {"frameSkip", "1000000"}},
+        {{"outputScale", "1e-3"}, {"useCalibrationPose", 0}, {"timeStart", 1}},
+        {{"timeIncrementMode", "0"}, {"walkOnTheSpot", true}, {"exportFormat", "ASCII"}}};
+    for (const QVariantMap& values : accepted) {
+        host.settings.values = values;
+        LocalProbe probe(host);
+        EXPECT_TRUE(probe.initialize("/tmp/take.fbx")) << values.firstKey().toStdString();
+        probe.finalize(true);
+    }
+}
+
 TEST(ExportRun, TakeNameCommentTimeModeAndCancel) {
     const std::vector<std::tuple<QString, QString, double, int, FbxTime::EMode>> cases = {
         {"C:/takes/walk#3.fbx", "walk", 240.0, 1, FbxTime::eFrames120},
@@ -87,8 +144,8 @@ TEST(ExportRun, KeyTimes) {
     const FbxLongLong ms = FBX_TC_MILLISECOND, frame20 = FBX_TC_SECOND / 20,
                       frame60 = FBX_TC_SECOND / 60;
     const char* epoch = "1970-01-01T00:00:00.000Z";
-    // Dynamic from zero; a skip of -1 skips nothing.
-    EXPECT_EQ(keyTimes(4, epoch, {{"frameSkip", -1}}), (Times{0, 17 * ms, 33 * ms, 50 * ms}));
+    // Dynamic from zero.
+    EXPECT_EQ(keyTimes(4, epoch, {}), (Times{0, 17 * ms, 33 * ms, 50 * ms}));
     // Fixed, skip 2 from frame 10.
     EXPECT_EQ(keyTimes(17, epoch, {{"timeIncrementMode", 0}, {"frameSkip", 2}},
                        [](FakeHost& h) { h.first = 10; }),

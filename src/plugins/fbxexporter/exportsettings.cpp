@@ -2,6 +2,9 @@
 
 #include <zavo/abstractsettingssynchronizer.h>
 
+#include <cmath>
+#include <optional>
+
 namespace ExportSettings {
 
 QMap<QString, QVariant> defaults() {
@@ -76,4 +79,77 @@ std::pair<int, QString> readNaming(const AbstractSettingsSynchronizer& settings)
     // The choice numbers are the Naming values.
     return readChoice(settings, ExportSettings::Naming, QStringLiteral("default"),
                       QStringLiteral("unreal"));
+}
+
+namespace {
+
+// Values arrive as typed variants from the options page and as text from the settings file or
+// the command line; every rule reads the text, so both ways are judged alike.
+using Conversion = std::optional<QVariant> (*)(const QString& text);
+
+std::optional<QVariant> toBoolean(const QString& text) {
+    if (text.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0 || text == u'1') return true;
+    if (text.compare(QLatin1String("false"), Qt::CaseInsensitive) == 0 || text == u'0') {
+        return false;
+    }
+    return std::nullopt;
+}
+
+// A plain number: no blanks, no thousands or decimal commas, nothing after it.
+std::optional<QVariant> toScale(const QString& text) {
+    bool ok = false;
+    const double scale = text.trimmed() == text ? text.toDouble(&ok) : 0.0;
+    if (!ok || !std::isfinite(scale) || scale <= 0.0) return std::nullopt;
+    return scale;
+}
+
+std::optional<QVariant> toFrameSkip(const QString& text) {
+    constexpr qlonglong MaxFrameSkip = 1000000;
+    bool ok = false;
+    const qlonglong skip = text.trimmed() == text ? text.toLongLong(&ok, 10) : -1;
+    if (!ok || skip < 0 || skip > MaxFrameSkip) return std::nullopt;
+    return static_cast<int>(skip);
+}
+
+std::optional<QVariant> toZeroOrOne(const QString& text) {
+    if (text == u'0' || text == u'1') return text.toInt();
+    return std::nullopt;
+}
+
+std::optional<QVariant> toFormat(const QString& text) {
+    // Kept as given: the writer is chosen by the lower-cased word.
+    for (const char* format : {"binary", "ascii"}) {
+        if (text.compare(QLatin1String(format), Qt::CaseInsensitive) == 0) return text;
+    }
+    return std::nullopt;
+}
+
+struct SettingRule {
+    const char* key;
+    Conversion convert;
+    const char* accepted;
+};
+
+constexpr SettingRule SettingRules[] = {
+    {ExportSettings::OutputScale, toScale, "a number above 0, such as 100 or 0.001"},
+    {ExportSettings::TimeIncrementMode, toZeroOrOne, "0 (Fixed) or 1 (Dynamic)"},
+    {ExportSettings::TimeStart, toZeroOrOne, "0 (from zero) or 1 (from the recorded start)"},
+    {ExportSettings::UseCalibrationPose, toBoolean, "true, false, 1 or 0"},
+    {ExportSettings::FrameSkip, toFrameSkip, "a whole number from 0 to 1000000"},
+    {ExportSettings::WalkOnTheSpot, toBoolean, "true, false, 1 or 0"},
+    {ExportSettings::ExportFormat, toFormat, "binary or ascii"},
+};
+
+}  // namespace
+
+SettingReading readSetting(const AbstractSettingsSynchronizer& settings, const char* key) {
+    const QString text = settings.value(QString::fromLatin1(key)).toString();
+    for (const SettingRule& rule : SettingRules) {
+        if (qstrcmp(rule.key, key) != 0) continue;
+        if (std::optional<QVariant> value = rule.convert(text)) return {*value, {}};
+        return {{},
+                QStringLiteral("Invalid %1: \"%2\" (accepted: %3)")
+                    .arg(QLatin1String(key), text, QLatin1String(rule.accepted))};
+    }
+    return {{}, QStringLiteral("Unknown setting: %1").arg(QLatin1String(key))};
 }

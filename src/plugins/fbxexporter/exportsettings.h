@@ -29,6 +29,16 @@ QMap<QString, QString> descriptions();
 // Joint-name convention of the Skeleton preset.
 enum Naming { Naming_Default = 0, Naming_Unreal = 1, Naming_Invalid = 2 };
 
+// One key's value as a run reads it: converted to the type the exporter works with (bool,
+// double, int or text), or, when the stored value does not convert or lies outside what the
+// key accepts, an error naming the key, the value and what is accepted. For the keys other
+// than the preset and the naming, whichever way their values reach the store.
+struct SettingReading {
+    QVariant value;
+    QString error;
+};
+SettingReading readSetting(const AbstractSettingsSynchronizer& settings, const char* key);
+
 // The output preset (0 Nodes, 1 Skeleton, 2 invalid) and the text it was read from. Users type
 // the value into the settings store, so names match without regard to case, digits exactly,
 // and an empty value means Nodes.

@@ -131,7 +131,7 @@ void FbxExporterOptionsPage::addRows(QGridLayout* grid) {
 
 void FbxExporterOptionsPage::showStoredValues() {
     const AbstractSettingsSynchronizer& settings = *m_settings;
-    // An index past the items leaves the box without a selection, which apply writes as -1.
+    // An index past the items leaves the box without a selection; apply keeps the stored value.
     m_frameSkip->setCurrentIndex(stored(settings, Key::FrameSkip).toInt());
     m_useCalibrationPose->setChecked(stored(settings, Key::UseCalibrationPose).toBool());
     selectData(m_outputPreset, stored(settings, Key::OutputPreset).toInt());
@@ -172,9 +172,13 @@ void FbxExporterOptionsPage::apply() {
     write(Key::UseCalibrationPose, m_useCalibrationPose->isChecked());
     write(Key::OutputPreset, m_outputPreset->currentData());
     write(Key::OutputScale, m_outputUnit->currentData());
-    write(Key::TimeIncrementMode, m_timeIncrement->currentIndex());
-    write(Key::TimeStart, m_timeStart->currentIndex());
-    write(Key::FrameSkip, m_frameSkip->currentIndex());
+    // A box without a selection showed a stored value it has no item for; that value stays.
+    const auto writeIndex = [&write](const char* key, const QComboBox* box) {
+        if (box->currentIndex() >= 0) write(key, box->currentIndex());
+    };
+    writeIndex(Key::TimeIncrementMode, m_timeIncrement);
+    writeIndex(Key::TimeStart, m_timeStart);
+    writeIndex(Key::FrameSkip, m_frameSkip);
     write(Key::WalkOnTheSpot, m_walkOnTheSpot->isChecked());
     write(Key::ExportFormat, m_exportFormat->currentData());
     write(Key::Naming, m_naming->currentData());

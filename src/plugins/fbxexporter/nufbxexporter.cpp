@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QMessageLogger>
-#include <algorithm>
 
 #include "exportsettings.h"
 #include "fbx/io/fbxiosettings.h"
@@ -61,15 +60,20 @@ void NuFbxExporter::loadSettings() {
         throw NuException(InvalidSettingCode,
                           ("Invalid naming convention: " + namingText).toStdString());
     }
+    // A value the run cannot use ends it before anything is made, rather than exporting with
+    // a scale of 0 or the wrong format.
     const auto value = [&settings](const char* key) {
-        return settings.value(QString::fromLatin1(key));
+        SettingReading reading = readSetting(settings, key);
+        if (!reading.error.isEmpty()) {
+            throw NuException(InvalidSettingCode, reading.error.toStdString());
+        }
+        return reading.value;
     };
     m_outputScale = value(ExportSettings::OutputScale).toDouble();
     m_dynamic = value(ExportSettings::TimeIncrementMode).toInt() == 1;
     m_startAtZero = value(ExportSettings::TimeStart).toInt() == 0;
     m_useCalibrationPose = value(ExportSettings::UseCalibrationPose).toBool();
-    // The options page may store -1; every frame is exported then, as with 0.
-    m_frameSkip = std::max(0, value(ExportSettings::FrameSkip).toInt());
+    m_frameSkip = value(ExportSettings::FrameSkip).toInt();
     m_walkOnTheSpot = value(ExportSettings::WalkOnTheSpot).toBool();
     m_exportFormat = value(ExportSettings::ExportFormat).toString();
 }

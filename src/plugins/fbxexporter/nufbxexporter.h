@@ -36,7 +36,7 @@ public:
     virtual bool initScene(const QString& name) = 0;
 
     // Reads the settings and prepares the scene. Throws NuException (code 33) for an invalid
-    // preset or naming value and std::runtime_error when the FBX objects cannot be made.
+    // setting and std::runtime_error when the FBX objects cannot be made.
     bool initialize(const QString& fileName) override;
     // Unless cancelled, smooths the rotation curves and writes the file. Always releases the FBX
     // objects and returns true: a failed write is reported on standard output only.
@@ -50,7 +50,8 @@ public:
 
 protected:
     // Reads the nine export settings. Throws NuException (code 33) for an invalid preset or
-    // naming value, leaving the settings read before it updated.
+    // naming value and for any value another key does not accept, leaving the settings read
+    // before it updated.
     void loadSettings();
     // Whether host frame `frame` is exported: not before the recording started, and one frame
     // in (frame skip + 1) counted from the first exported frame, which the first call fixes.
