@@ -62,8 +62,8 @@ TEST(OutputKinds, PipesDevicesAndLinksAreWrittenAsTheyAre) {
               "zavo-fbx-export: /dev/null: expected '{' (a take is one JSON object) (line 1, "
               "column 1)\n");
 
-    // Links are written through.
-    for (const char* target : {"real/out.fbx"}) {
+    // Links are written through, an existing target and a dangling one alike.
+    for (const char* target : {"real/out.fbx", "real/new.fbx"}) {
         SCOPED_TRACE(target);
         QFile::remove(folder.filePath("link.fbx"));
         ASSERT_TRUE(QFile::link(target, folder.filePath("link.fbx")));
@@ -74,10 +74,16 @@ TEST(OutputKinds, PipesDevicesAndLinksAreWrittenAsTheyAre) {
     }
 }
 
-TEST(OutputKinds, QuietSaysNothingOnSuccess) {
+TEST(OutputKinds, QuietSaysNothingOnSuccessAndAFailedSaveSaysWhy) {
     QTemporaryDir folder;
     const ProgramRun quiet = runProgram(folder, QStringList(smallDemo) << "-q"
                                                                        << "out.fbx");
     EXPECT_EQ(quiet.exitStatus, 0);
     EXPECT_EQ(quiet.standardOutput + quiet.standardError, "");
+
+    const ProgramRun full = runProgram(folder, QStringList(smallDemo) << "/dev/full");
+    EXPECT_EQ(full.exitStatus, 1);
+    EXPECT_FALSE(full.standardOutput.contains("Program Success!"));
+    EXPECT_TRUE(full.standardError.endsWith("No space left on device\n"))
+        << full.standardError.toStdString();
 }

@@ -1,4 +1,4 @@
-// A run stopped by SIGINT, SIGTERM or SIGHUP while it keys frames: exit
+// A run stopped by SIGINT, SIGTERM or SIGHUP, while it keys frames or while it writes: exit
 // status 128 + the signal, the earlier file untouched, nothing left beside it.
 #include <gtest/gtest.h>
 
@@ -12,9 +12,10 @@
 
 namespace {
 
-// The plug-in's line that opens the frame phase: the frames are keyed after it prints its
-// version.
+// The plug-in's line that opens each phase: the frames are keyed after it prints its
+// version, the file is written after it names the file format.
 constexpr const char* FramePhase = "FBX library version";
+constexpr const char* WritePhase = "FBX file format version";
 
 struct Stopped {
     int exitStatus = -1;
@@ -46,9 +47,8 @@ Stopped stopAt(const QTemporaryDir& folder, const char* phase, int signal, int t
 
 TEST(SignalStop, EndsTheRunInEveryPhaseAndKeepsTheEarlierFile) {
     const std::vector<std::tuple<const char*, int, int>> cases = {
-        {FramePhase, SIGINT, 1},
-        {FramePhase, SIGTERM, 1},
-        {FramePhase, SIGHUP, 2},
+        {FramePhase, SIGINT, 1}, {FramePhase, SIGTERM, 1}, {FramePhase, SIGHUP, 2},
+        {WritePhase, SIGINT, 2}, {WritePhase, SIGTERM, 1}, {WritePhase, SIGHUP, 1},
     };
     for (const auto& [phase, signal, times] : cases) {
         SCOPED_TRACE(std::string(phase) + ", signal " + std::to_string(signal) + " x" +

@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <cstdio>
 #include <memory>
+#include <new>
 
 #include "batchexport.h"
 #include "commandline.h"
@@ -63,6 +64,8 @@ int main(int argc, char** argv) {
         return failed(ExitFailed, error.what());
     } catch (const TakeError& error) {
         return failed(ExitFailed, error.what());
+    } catch (const std::bad_alloc&) {
+        return failed(ExitFailed, "out of memory: the take is too large to export");
     } catch (const std::exception& error) {
         return failed(ExitFailed, (std::string("unexpected failure: ") + error.what()).c_str());
     }
