@@ -90,31 +90,41 @@ QByteArray exportThroughFifo(const QTemporaryDir& root, const QString& fifo, Pro
 // As nobody, a folder without write permission stops the export even where root is not
 // stopped by permission bits.
 RunOptions asUnprivilegedUser() {
-    if (::geteuid() != 0) return {};
-    return {.wrapper = {}, .childSetup = [] {
-                if (::setgroups(0, nullptr) != 0 || ::setgid(65534) != 0 || ::setuid(65534) != 0)
-                    ::_exit(125);
-            }};
+    RunOptions options;
+    if (::geteuid() == 0)
+        options.childSetup = [] {
+            if (::setgroups(0, nullptr) != 0 || ::setgid(65534) != 0 || ::setuid(65534) != 0)
+                ::_exit(125);
+        };
+    return options;
 }
 
 // Starts the program in a mount namespace where the case folder is mounted read-only.
 RunOptions onReadOnlyMount(const QString& folder) {
-    return {.wrapper = {"unshare", "-m", "sh", "-c",
-                        "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" && "
-                        "exec \"$@\"",
-                        folder},
-            .childSetup = {}};
+    RunOptions options;
+    options.wrapper = {"unshare",
+                       "-m",
+                       "sh",
+                       "-c",
+                       "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" && "
+                       "exec \"$@\"",
+                       folder};
+    return options;
 }
 
 // Starts the program where the case folder is a 16 KB file system, holding an earlier export;
 // the folder's listing and that file afterwards land beside the folder.
 RunOptions onFullFileSystem(const QString& folder) {
-    return {.wrapper = {"unshare", "-m", "sh", "-c",
-                        "mount -t tmpfs -o size=16k none \"$0\" && printf '" + earlierExport +
-                            "' > \"$0/out.fbx\" && \"$@\"; status=$?; ls -A \"$0\" > \"$0.list\"; "
-                            "cat \"$0/out.fbx\" > \"$0.after\"; exit $status",
-                        folder},
-            .childSetup = {}};
+    RunOptions options;
+    options.wrapper = {"unshare",
+                       "-m",
+                       "sh",
+                       "-c",
+                       "mount -t tmpfs -o size=16k none \"$0\" && printf '" + earlierExport +
+                           "' > \"$0/out.fbx\" && \"$@\"; status=$?; ls -A \"$0\" > \"$0.list\"; "
+                           "cat \"$0/out.fbx\" > \"$0.after\"; exit $status",
+                       folder};
+    return options;
 }
 
 }  // namespace

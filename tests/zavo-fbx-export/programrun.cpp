@@ -40,6 +40,7 @@ ProgramRun runProgram(const QTemporaryDir& folder, QStringList arguments,
                       const RunOptions& options) {
     QProcess process;
     startProgram(process, folder, std::move(arguments), options);
+    if (options.whileRunning && process.waitForStarted()) options.whileRunning(process.processId());
     return finishProgram(process, options.timeLimitMs);
 }
 

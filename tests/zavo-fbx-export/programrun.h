@@ -22,6 +22,8 @@ struct RunOptions {
     QStringList wrapper;
     // Runs in the child before the program starts (e.g. to drop privileges).
     std::function<void()> childSetup;
+    // Called with the process id once the program has started (e.g. to send it a signal).
+    std::function<void(qint64)> whileRunning;
     int timeLimitMs = 300000;
 };
 
