@@ -31,6 +31,26 @@ std::string AsciiFieldName(const char* name) {
     return text;
 }
 
+// A comment runs to the end of its line, and readers also end lines at NUL and form feeds:
+// those characters are written as entities, the line breaks in the form strings use.
+std::string CommentText(std::string_view text) {
+    std::string escaped;
+    escaped.reserve(text.size());
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '\n') {
+            escaped += "&lf;";
+        } else if (c == '\r') {
+            escaped += "&cr;";
+        } else if ((byte < 0x20 && c != '\t') || byte == 0x7f) {
+            escaped += "&#" + std::to_string(byte) + ";";
+        } else {
+            escaped += c;
+        }
+    }
+    return escaped;
+}
+
 }  // namespace
 
 FbxIO::FbxIO(EImplementation implementation, int timeCodeDefinition)
@@ -215,14 +235,14 @@ void FbxIO::FieldWriteBlockEnd() {
     CheckStream();
 }
 
-void FbxIO::WriteComments(const char* text) {
+void FbxIO::WriteComments(std::string_view text) {
     if (!mStream.IsOpen()) {
         mStatus.SetCode(FbxStatus::eFailure, "File not opened");
         return;
     }
     if (mStatus.Error() || mBinary) return;
     std::string line = AsciiIndent();
-    if (text && *text) line.append(";").append(text);
+    if (!text.empty()) line.append(";").append(CommentText(text));
     mStream.Write(line);
     AsciiNewLine();
     CheckStream();

@@ -70,8 +70,10 @@ public:
     void FieldWriteEnd();
     void FieldWriteBlockBegin();
     void FieldWriteBlockEnd();
-    // ASCII comment line ("; text"); nothing in binary.
-    void WriteComments(const char* text);
+    // ASCII comment line (";text"); nothing in binary. Line breaks and other control
+    // characters in the text (names of the user's objects) are escaped, so a comment is
+    // always exactly one line.
+    void WriteComments(std::string_view text);
 
     void FieldWriteI(int value);
     void FieldWriteUI(unsigned int value);

@@ -53,7 +53,7 @@ void FbxWriterFbx7_Impl::WriteConnection(const char* kind, const FbxObject& sour
         mIO->WriteComments("");
         const FbxString ends =
             source.GetNameWithNameSpacePrefix() + ", " + destination.GetNameWithNameSpacePrefix();
-        mIO->WriteComments(ends.Buffer());
+        mIO->WriteComments(ends.View());
     }
     mIO->FieldWriteBegin("C");
     mIO->FieldWriteS(kind);

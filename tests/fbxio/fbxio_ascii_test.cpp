@@ -37,6 +37,7 @@ TEST(FbxIOAscii, QuotingNumbersAndArrays) {
         io.FieldWriteArrayLL(3, std::array<long long, 3>{0, 384884650, 769769300}.data());
         io.FieldWriteEnd();
         io.WriteComments("Model::Hips");
+        io.WriteComments(std::string_view("a\nb\rc\0d\x1b\te", 10));
         io.FieldWriteBlockEnd();
         io.FieldWriteEnd();
     });
@@ -51,6 +52,7 @@ TEST(FbxIOAscii, QuotingNumbersAndArrays) {
         "\t\ta: 0,384884650,769769300\n"
         "\t}\n"
         "\t;Model::Hips\n"
+        "\t;a&lf;b&cr;c&#0;d&#27;\te\n"
         "}\n",
         text);
 }

@@ -9,6 +9,7 @@
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxscene.h"
 #include "tests/fbxio/fbxio_test_util.h"
+#include "tests/support/fbxasciireader.h"
 
 namespace {
 
@@ -185,6 +186,23 @@ TEST(FbxWriterFbx7, ConnectionsAndTakes) {
     EXPECT_EQ("SMy_Take_1.tak", Texts(takes->Find("Take/FileName")->values));
     EXPECT_EQ("L0 L769769300", Texts(takes->Find("Take/LocalTime")->values));
     EXPECT_EQ("L0 L769769300", Texts(takes->Find("Take/ReferenceTime")->values));
+}
+
+// Names come from the user: whatever they hold, each comment naming them stays one line and
+// the file stays readable.
+TEST(FbxWriterFbx7, HostileNamesKeepAsciiLinesWhole) {
+    TempDir dir;
+    ManagerScope manager;
+    FbxScene* scene = BuildAnimatedScene(manager.get(), {1, true, 2});
+    const std::string hostile = "Left\nArm\r\f\x1b\x7f;\"x\" {}";
+    scene->FindNodeByName(NodeName(1).c_str())->SetName(hostile.c_str());
+    const std::string text = WriteAscii(manager, scene, dir);
+    EXPECT_NE(std::string::npos,
+              text.find(";Model::Left&lf;Arm&cr;&#12;&#27;&#127;;\"x\" {}, Model::Reference\n"));
+    File file;
+    std::string error;
+    ASSERT_TRUE(ReadAsciiFile(dir.File("scene.fbx"), file, error)) << error;
+    EXPECT_NE(nullptr, FindObject(file, "Model", "Model::" + hostile));
 }
 
 TEST(FbxWriterFbx7, DeterministicFilesAreByteIdentical) {
