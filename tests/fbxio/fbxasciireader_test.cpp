@@ -49,6 +49,7 @@ TEST(FbxAsciiReader, RefusesWhatBreaksATextReader) {
         {"A:  {\n\tB: 1\n", "block not closed"},
         {"}\n", "without an open block"},
         {"A: 1 x\n", "expected ',' or the line's end"},
+        {"A:  {\n\tB:\n\t\t\"wrapped\"\n}\n", "expected a record name"},
         {"A: \"a\0b\"\n"sv, "NUL byte"},
     };
     for (const auto& bad : cases) {
@@ -60,4 +61,15 @@ TEST(FbxAsciiReader, RefusesWhatBreaksATextReader) {
     }
 }
 
+TEST(FbxAsciiReader, FollowsValueListsThatWrap) {
+    const std::string text =
+        "; FBX 7.7.0 project file\n"
+        "A: \n        \"long\", \"x\",\n        1\n"
+        "B: *2 {\n\ta: 1,\n2\n}\n";
+    fbxtest::File file;
+    std::string error;
+    ASSERT_TRUE(fbxtest::ReadAsciiText(text, file, error)) << error;
+    EXPECT_EQ("Slong Sx D1", fbxtest::Texts(file.Find("A")->values));
+    EXPECT_EQ("d[1,2]", fbxtest::Texts(file.Find("B")->values));
+}
 }  // namespace

@@ -72,6 +72,9 @@ private:
         if (record.name.empty() || Peek() != ':') Fail("expected a record name and ':'");
         ++mPos;
         SkipBlanks();
+        // A first value too long for the line goes on the next, indented with blanks (records
+        // are indented with tabs).
+        if (Peek() == '\n' && mText.compare(mPos, 2, "\n ") == 0) SkipSpace();
         if (Peek() == '\n' || AtEnd()) return record;
         if (Peek() != '{') ReadValues(record);
         if (Peek() == '{') {
