@@ -50,7 +50,7 @@ read -r floor_wall floor_cpu < <("$tools/zlib_floor" "$work/w1.fbx")
 ours w1-ascii "${demo[@]}" --demo-frames "$frames" --format ascii "$work/w1-ascii.fbx"
 ours w1-bvh "$work/w1.bvh" --format binary "$work/w1-bvh.fbx"
 measure assimp-bvh assimp export "$work/w1.bvh" "$work/assimp.fbx"
-measure assimp-bvh-ascii assimp export "$work/w1.bvh" "$work/assimp-ascii.fbx" -f fbxa
+measure assimp-bvh-ascii assimp export "$work/w1.bvh" "$work/assimp-ascii.fbx" -ffbxa
 [ $run_w2 = 1 ] && ours w2 "${demo[@]}" --demo-frames $((frames * 6)) --format binary "$work/w2.fbx"
 rm -f "$work"/*.fbx
 
