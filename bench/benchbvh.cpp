@@ -18,19 +18,29 @@ struct Joint {
 };
 
 std::vector<Joint> skeleton() {
-    std::vector<Joint> joints = {
-        {"Hips", -1, {0, 0, 0}},          {"Spine", 0, {0, 10, 0}},
-        {"Spine1", 1, {0, 10, 0}},        {"Spine2", 2, {0, 10, 0}},
-        {"Spine3", 3, {0, 10, 0}},        {"Neck", 4, {0, 12, 0}},
-        {"Head", 5, {0, 8, 0}},           {"RightShoulder", 4, {-3, 10, 0}},
-        {"RightArm", 7, {-12, 0, 0}},     {"RightForeArm", 8, {-28, 0, 0}},
-        {"RightHand", 9, {-25, 0, 0}},    {"LeftShoulder", 4, {3, 10, 0}},
-        {"LeftArm", 11, {12, 0, 0}},      {"LeftForeArm", 12, {28, 0, 0}},
-        {"LeftHand", 13, {25, 0, 0}},     {"RightUpLeg", 0, {-9, 0, 0}},
-        {"RightLeg", 15, {0, -42, 0}},    {"RightFoot", 16, {0, -40, 0}},
-        {"RightToeBase", 17, {0, -6, 12}}, {"LeftUpLeg", 0, {9, 0, 0}},
-        {"LeftLeg", 19, {0, -42, 0}},     {"LeftFoot", 20, {0, -40, 0}},
-        {"LeftToeBase", 21, {0, -6, 12}}};
+    std::vector<Joint> joints = {{"Hips", -1, {0, 0, 0}},
+                                 {"Spine", 0, {0, 10, 0}},
+                                 {"Spine1", 1, {0, 10, 0}},
+                                 {"Spine2", 2, {0, 10, 0}},
+                                 {"Spine3", 3, {0, 10, 0}},
+                                 {"Neck", 4, {0, 12, 0}},
+                                 {"Head", 5, {0, 8, 0}},
+                                 {"RightShoulder", 4, {-3, 10, 0}},
+                                 {"RightArm", 7, {-12, 0, 0}},
+                                 {"RightForeArm", 8, {-28, 0, 0}},
+                                 {"RightHand", 9, {-25, 0, 0}},
+                                 {"LeftShoulder", 4, {3, 10, 0}},
+                                 {"LeftArm", 11, {12, 0, 0}},
+                                 {"LeftForeArm", 12, {28, 0, 0}},
+                                 {"LeftHand", 13, {25, 0, 0}},
+                                 {"RightUpLeg", 0, {-9, 0, 0}},
+                                 {"RightLeg", 15, {0, -42, 0}},
+                                 {"RightFoot", 16, {0, -40, 0}},
+                                 {"RightToeBase", 17, {0, -6, 12}},
+                                 {"LeftUpLeg", 0, {9, 0, 0}},
+                                 {"LeftLeg", 19, {0, -42, 0}},
+                                 {"LeftFoot", 20, {0, -40, 0}},
+                                 {"LeftToeBase", 21, {0, -6, 12}}};
     for (const char* side : {"Left", "Right"}) {
         const int hand = side[0] == 'L' ? 14 : 10;
         const double x = side[0] == 'L' ? 1.0 : -1.0;
@@ -113,7 +123,7 @@ int main(int argc, char** argv) {
         for (int c = 0; c < channels; ++c) {
             double value = channelValue(c, t);
             if (c == 0) value += 40.0 * std::sin(0.05 * t);  // walk about the stage
-            if (c == 1) value = 95.0 + 0.1 * value;           // hips height
+            if (c == 1) value = 95.0 + 0.1 * value;          // hips height
             if (c == 2) value += 40.0 * std::cos(0.05 * t);
             std::snprintf(number, sizeof number, c ? " %.4f" : "%.4f", value);
             line += number;
