@@ -15,17 +15,17 @@ struct KeyValues {
     std::vector<const char*> bad;
     std::vector<const char*> accepted;
     // The behaviour the refusals wait for; null once it is there.
-    const char* pending = "settings checked when a run starts";
+    const char* pending = nullptr;
 };
 
 const std::vector<KeyValues> keyTable = {
     {"outputPreset",
      {"Mesh", " Nodes", "2", "-1", "01", "1.0", "Skeleton,Nodes", "skelet0n", "0x1"},
-     {"NODES", "skeleton", "0", "1", ""}},
+     {"NODES", "skeleton", "0", "1", ""},
+     "a preset refusal naming the key and what is accepted"},
     {"naming",
      {"maya", "2", "-1", "01", " unreal", "unreal engine", "1e0", "default;", "\xc3\xbcnreal"},
-     {"Unreal", "DEFAULT", "0", "1", ""},
-     nullptr},
+     {"Unreal", "DEFAULT", "0", "1", ""}},
     {"outputScale",
      {"abc", "", "0", "-1", "1,5", "nan", "inf", "-inf", "1e309", "-0", "100cm", "1e-400"},
      {"1", "0.001", "39.3700787", "1e3"}},
