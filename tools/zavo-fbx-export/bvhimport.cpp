@@ -1,5 +1,7 @@
 #include "bvhimport.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 
@@ -29,12 +31,16 @@ std::string foldingNote(const std::string& file, const BvhClip& clip, const BvhB
     if (folding.foldedJoints.empty()) {
         note += "no joint folded";
     } else {
+        // A line for people: a clip of thousands of joints names a few and counts the rest.
+        constexpr size_t named = 12;
+        const size_t folded = folding.foldedJoints.size();
         note += "folded into the bone above:";
-        for (size_t i = 0; i < folding.foldedJoints.size(); ++i) {
+        for (size_t i = 0; i < std::min(folded, named); ++i) {
             const auto j = static_cast<size_t>(folding.foldedJoints[i]);
             note += (i == 0 ? " " : ", ") + clip.joints[j].name + " (" +
                     bvhStandInName(folding.standIn[j]) + ")";
         }
+        if (folded > named) note += " and " + std::to_string(folded - named) + " more";
     }
     const std::string worst = fixed(100.0 * folding.worstError, 2);
     note += "; worst joint position error in the Skeleton preset " + worst + " cm";
@@ -54,7 +60,8 @@ Take importBvhTake(const std::string& path, const BvhImportOptions& options,
     if (rate <= 0.0) {
         const BvhFrameRate fromFile = bvhFrameRate(clip);
         rate = fromFile.rate;
-        if (fromFile.standard)
+        // Said only where it changes something: 0.01 is 1/100 s either way.
+        if (fromFile.standard && std::abs(rate * clip.frameTime - 1.0) > 1e-12)
             notes.push_back(file + ": Frame Time " + clip.frameTimeText + " read as 1/" +
                             rateText(rate) + " s (" + rateText(rate) +
                             " fps), the standard rate it is rounded from; --bvh-rate sets "
