@@ -52,3 +52,16 @@ TEST(ExportSave, FailureReachesTheHostWithTheSystemsReason) {
     EXPECT_NE(saved.printed.find("Program Success!"), std::string::npos);
     EXPECT_GT(QFile(dir.filePath("take.fbx")).size(), 0);
 }
+
+// "-" is the host's standard output: the file goes there whole, the glue's lines go to
+// standard error so as not to mix with it.
+TEST(ExportSave, StandardOutputTakesTheFileAndNothingElse) {
+    testing::internal::CaptureStderr();
+    const SaveOutcome outcome = saveTo(QStringLiteral("-"));
+    const std::string lines = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(outcome.finalized) << outcome.error.toStdString();
+    const std::string head = outcome.printed.substr(0, 20);
+    EXPECT_TRUE(head == "Kaydara FBX Binary  " || head == "; FBX 7.7.0 project ") << head;
+    EXPECT_EQ(outcome.printed.find("Program Success!"), std::string::npos);
+    EXPECT_NE(lines.find("Program Success!"), std::string::npos);
+}
