@@ -107,6 +107,7 @@ uint64_t FbxIO::BinaryArrayData(const FbxIOArrayType& type, size_t count, const 
     const std::vector<uint8_t>* packed =
         mArrayPacker.Pack(mArrayRaw.data(), mArrayRaw.size(), mCompressLevel);
     if (!packed || packed->empty()) {
+        CheckStream();  // a write that failed before the compressor is the first error
         mStatus.SetCode(FbxStatus::eFailure, "Error writing compressed array data");
         return 0;
     }
