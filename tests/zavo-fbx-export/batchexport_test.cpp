@@ -4,7 +4,10 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QRegularExpression>
+
+#include <signal.h>
 
 #include "programrun.h"
 
@@ -81,4 +84,37 @@ TEST(BatchExport, RefusesInputsThatWouldOverwriteEachOther) {
     const ProgramRun missing = runProgram(folder, {"--output-dir", "nowhere", "walk.bvh"});
     EXPECT_EQ(missing.exitStatus, 1);
     EXPECT_EQ(missing.standardError.toStdString(), "zavo-fbx-export: nowhere: no such folder\n");
+}
+
+TEST(BatchExport, ASignalStopsTheRunsUnderWayAndStartsNoMore) {
+    QTemporaryDir folder;
+    QDir(folder.path()).mkdir("batch");
+    QStringList arguments = {"--settings",   folder.filePath("settings.ini"),
+                             "--format",     "ascii",
+                             "--jobs",       "2",
+                             "--output-dir", "batch"};
+    for (int copy = 0; copy < 4; ++copy)
+        for (const QString& clip : clips) {
+            const QString input = folder.filePath(QString("%1-%2.bvh").arg(copy).arg(clip));
+            ASSERT_TRUE(QFile::copy(ZAVO_BVH_DATA_DIR "/" + clip + ".bvh", input));
+            arguments << input;
+        }
+    QProcess batch;
+    batch.setWorkingDirectory(folder.path());
+    batch.start(ZAVO_FBX_EXPORT_PROGRAM, arguments);
+    // The first file's summary: the runs after it are under way or still to come.
+    QByteArray output;
+    while (!output.contains(".fbx: ") && batch.waitForReadyRead(60000))
+        output += batch.readAllStandardOutput();
+    ::kill(static_cast<pid_t>(batch.processId()), SIGTERM);
+    ASSERT_TRUE(batch.waitForFinished(60000));
+    EXPECT_EQ(batch.exitCode(), 128 + SIGTERM);
+    const QStringList written =
+        QDir(folder.filePath("batch")).entryList(QDir::Files | QDir::Hidden);
+    EXPECT_GE(written.size(), 1);
+    EXPECT_LT(written.size(), 12);
+    for (const QString& name : written)
+        EXPECT_TRUE(name.endsWith(".fbx") &&
+                    fileBytes(folder.filePath("batch/" + name)).startsWith("; FBX 7"))
+            << name.toStdString();
 }

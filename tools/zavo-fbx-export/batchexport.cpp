@@ -198,7 +198,8 @@ int runBatchCommand(const CommandLine& command) {
     std::vector<Job*> running;
     size_t next = 0;
     int forwarded = 0;
-    while (next < jobs.size() || !running.empty()) {
+    // After a signal no run starts; the loop ends when the runs under way have.
+    while (!running.empty() || (next < jobs.size() && !g_signal)) {
         while (!g_signal && next < jobs.size() && running.size() < size_t(command.jobs)) {
             Job& job = jobs[next++];
             start(job, command);
