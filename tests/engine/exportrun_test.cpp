@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QTemporaryDir>
 #include <functional>
 
 #include "exportprobe.h"
@@ -170,4 +171,60 @@ TEST(ExportRun, KeyTimes) {
                            h.frames[3].reset();
                        }),
               (Times{1000 * ms, 1011 * ms}));
+}
+
+// Hostile poses never reach a curve; a run that would write no node or no key writes nothing.
+TEST(ExportRun, UnusablePosesAndRunsWithNothingToExport) {
+    const auto outcome = [](const std::function<void(FakeHost&)>& adjust, int* hipsKeys = nullptr,
+                            const QVariantMap& settings = {}) {
+        QTemporaryDir dir;
+        FakeHost host;
+        loadRigidTake(host, {.frames = 5});
+        adjust(host);
+        host.settings.values = settings;
+        LocalProbe probe(host);
+        probe.run(dir.filePath("take.fbx"));
+        if (hipsKeys) *hipsKeys = probe.m_scene ? probe.keyCount("Hips", true) : -1;
+        const bool written = probe.finalize(false);
+        EXPECT_EQ(written, QFile::exists(dir.filePath("take.fbx")));
+        return std::pair(written, probe.lastError().toStdString());
+    };
+    const std::string invalid = "Received invalid pose data";
+    int keys = 0;
+    // Orientations without a usable length, non-finite values, finger data included.
+    for (const NuQuaternion& q :
+         {NuQuaternion{1e300, 1e300, 0, 0}, NuQuaternion{0, 0, 0, 0}, NuQuaternion{NAN, 0, 0, 1}}) {
+        EXPECT_EQ(outcome([&q](FakeHost& h) { h.frames[2]->orientations[5] = q; }, &keys),
+                  std::pair(true, invalid));
+        EXPECT_EQ(keys, 4);
+    }
+    EXPECT_EQ(
+        outcome([](FakeHost& h) { h.frames[3]->positions[7] = NuVector3(0, INFINITY, 0); }, &keys),
+        std::pair(true, invalid));
+    EXPECT_EQ(keys, 4);
+    // Without a calibration pose the first frame keys its own pose.
+    EXPECT_EQ(outcome([](FakeHost& h) { h.calibrationPose = FakePose{}; }, &keys),
+              std::pair(true, std::string()));
+    EXPECT_EQ(keys, 5);
+    // Frames at one time stamp: the file keeps the last, the host hears how many.
+    EXPECT_EQ(outcome([](FakeHost& h) { h.frames[3]->time = h.frames[2]->time; }, &keys),
+              std::pair(true, std::string("1 of 5 frames share a key time with an earlier "
+                                          "frame; the file keeps the last of each")));
+    EXPECT_EQ(keys, 4);
+
+    EXPECT_EQ(outcome([](FakeHost& h) {
+                  h.recordStart = QDateTime::fromMSecsSinceEpoch(1000000, Qt::UTC);
+              }),
+              std::pair(false, std::string("Nothing to export: no frame of the take has a key "
+                                           "(every frame lies before the recording start)")));
+    const std::string noPose =
+        "Nothing to export: no frame of the take has a usable pose (valid, finite, and within "
+        "range at output scale ";
+    EXPECT_EQ(outcome([](FakeHost& h) {
+                  for (auto& f : h.frames) f->valid = false;
+              }),
+              std::pair(false, noPose + "100)"));
+    // A scale that overflows single precision keys is refused the same way.
+    EXPECT_EQ(outcome([](FakeHost&) {}, nullptr, {{"outputScale", 1e308}}),
+              std::pair(false, noPose + "1e+308)"));
 }

@@ -4,6 +4,7 @@ add_library(fbxexporter_engine STATIC
   exportsettings.cpp
   nufbxexporter.cpp
   keytiming.cpp
+  framecheck.cpp
   fbxglue.cpp
   skeletondefinition.cpp
   posetransformfbx.cpp

@@ -40,7 +40,7 @@ FbxExporterGlobal::FbxExporterGlobal(AbstractZavoStudioPluginInterface& host,
 
 bool FbxExporterGlobal::initScene(const QString& name) {
     if (!m_host.hasBody()) return initObjectScene(name, true);
-    if (!m_host.pose(m_host.firstFrame()).isValid()) return true;
+    if (!firstUsablePose().isValid()) return true;
 
     const QByteArray rootName = name.toUtf8();
     FbxNull* rootNull = FbxNull::Create(m_scene, rootName.constData());
@@ -84,8 +84,8 @@ bool FbxExporterGlobal::exportFrame(int frame) {
     if (!m_initialized) return false;
     if (!m_host.hasBody()) return exportObjectFrame(frame);
     if (!useThisFrame(frame)) return true;
-    setKeyTime(frame);
-    const ZavoPoseObject pose = framePose(frame);
+    ZavoPoseObject pose;
+    if (!prepareFrame(frame, pose)) return true;
     const nuvia::Vector3 pelvis(pose.pos_g(0));
     const int hostSegments = pose.segmentStateCount();
     nuvia::Vector3 euler;

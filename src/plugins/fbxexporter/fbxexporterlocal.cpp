@@ -20,10 +20,14 @@ FbxExporterLocal::FbxExporterLocal(AbstractZavoStudioPluginInterface& host,
 
 bool FbxExporterLocal::initScene(const QString& name) {
     if (!m_host.hasBody()) return initObjectScene(name, false);
-    const ZavoPoseObject first = m_host.pose(m_host.firstFrame());
+    // A take whose first frames lack a pose is built from its first usable one; without any,
+    // finalize reports that there is nothing to export.
+    const ZavoPoseObject first = firstUsablePose();
     if (!first.isValid()) return true;
 
-    const ZavoPoseObject nullPose = m_host.nullPose();
+    // Without a calibration pose the skeleton stands as in the first usable frame.
+    ZavoPoseObject nullPose = m_host.nullPose();
+    if (!isUsablePose(nullPose)) nullPose = first;
     m_poseTransform = std::make_unique<PoseTransformFbx>(nullPose, m_host.jointInfoList(),
                                                          static_cast<Naming>(m_naming));
     // The take's own segment count decides how many joints are made; it matches the skeleton
@@ -81,10 +85,10 @@ bool FbxExporterLocal::exportFrame(int frame) {
     if (!m_initialized) return false;
     if (!m_host.hasBody()) return exportObjectFrame(frame);
     if (!useThisFrame(frame)) return true;
-    setKeyTime(frame);
-    // Nothing was built for a take whose first pose was invalid.
+    ZavoPoseObject pose;
+    if (!prepareFrame(frame, pose)) return true;
+    // Nothing was built for a take without a usable pose.
     if (!m_poseTransform) return true;
-    const ZavoPoseObject pose = framePose(frame);
     m_poseTransform->transform(pose);
     const nuvia::Vector3 pelvis(pose.pos_g(0));
     const int count =

@@ -8,15 +8,18 @@ constexpr int64_t MillisecondsPerDay = 86400000;
 }  // namespace
 
 bool NuFbxExporter::useThisFrame(int frame) {
+    ++m_offeredFrames;
     // A frame without a pose counts as recorded in 1970, before any recording.
     const NuTimeStamp recorded = m_host.pose(frame).absoluteTime();
     if (m_host.recordStartTime().toMSecsSinceEpoch() > recorded) return false;
     if (m_firstFrame == -1) {
         if (frame >= 0) m_firstFrame = frame;
+        ++m_usedFrames;
         return true;
     }
-    if (m_frameSkip == 0) return true;
-    return (int64_t{frame} - m_firstFrame) % (int64_t{m_frameSkip} + 1) == 0;
+    const bool used = (int64_t{frame} - m_firstFrame) % (int64_t{m_frameSkip} + 1) == 0;
+    if (used) ++m_usedFrames;
+    return used;
 }
 
 void NuFbxExporter::setKeyTime(int frame) {
@@ -44,8 +47,7 @@ void NuFbxExporter::setKeyTime(int frame) {
     }
     if (!m_startAtZero) relative -= poseOffset;
 
-    const bool valid = calibrationFrame ? m_host.nullPose().isValid() : pose.isValid();
-    if (!valid) {
+    if (!isUsablePose(framePose(frame))) {
         m_lastError = tr("Received invalid pose data");
         return;
     }

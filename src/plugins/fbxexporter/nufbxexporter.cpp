@@ -105,6 +105,8 @@ bool NuFbxExporter::initialize(const QString& fileName) {
     m_startOffset = m_host.recordStartTime().toMSecsSinceEpoch();
     m_exportedFrameCount = static_cast<int32_t>(m_host.frameCount() / (int64_t{m_frameSkip} + 1));
     m_firstFrame = -1;
+    m_offeredFrames = m_usedFrames = m_invalidFrames = m_keyedFrames = m_collidingFrames = 0;
+    m_keyTimes.clear();
     setTimeMode();
     if (m_startAtZero) m_startOffset = 0;
     m_initialized = true;
@@ -151,7 +153,9 @@ bool NuFbxExporter::finalize(bool cancelled) {
     // initialize() may have stopped before the scene existed.
     const bool save = !cancelled && m_scene && m_animStack;
     bool saved = false;
-    if (save) {
+    const QString nothing = save ? nothingToExport() : QString();
+    if (!nothing.isEmpty()) m_lastError = nothing;
+    if (save && nothing.isEmpty()) {
         unrollRotations();
         m_animStack->SetLocalTimeSpan(FbxTimeSpan(m_animationStart, m_animationStop));
         std::string error;
@@ -159,6 +163,12 @@ bool NuFbxExporter::finalize(bool cancelled) {
                           m_exportFormat.toLower().toUtf8().constData(), false, &error);
         // The host shows the reason; the file under the name is the one from before.
         if (!saved) m_lastError = QString::fromStdString(error);
+        if (saved && m_collidingFrames > 0) {
+            m_lastError = tr("%1 of %2 frames share a key time with an earlier frame; the file "
+                             "keeps the last of each")
+                              .arg(m_collidingFrames)
+                              .arg(m_keyedFrames);
+        }
     }
     DestroySdkObjects(m_manager, saved);
     m_initialized = false;
@@ -189,7 +199,11 @@ void NuFbxExporter::unrollRotations() {
 }
 
 ZavoPoseObject NuFbxExporter::framePose(int frame) const {
-    if (m_useCalibrationPose && frame == m_firstFrame) return m_host.nullPose();
+    if (m_useCalibrationPose && frame == m_firstFrame) {
+        // A take recorded without a calibration pose keeps its first frame as it is.
+        ZavoPoseObject calibration = m_host.nullPose();
+        if (isUsablePose(calibration)) return calibration;
+    }
     return m_host.pose(frame);
 }
 

@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <cstdint>
 #include <memory>
+#include <unordered_set>
 #include <vector>
 
 #include <zavo/abstractexporter.h>
@@ -65,8 +66,19 @@ protected:
     bool exportObjectFrame(int frame);
 
     // The pose keyed for `frame`: the calibration pose stands in for the first exported frame
-    // when asked to.
+    // when asked to and when it is usable.
     ZavoPoseObject framePose(int frame) const;
+    // Whether a pose can be keyed: valid, three finite coordinates per position (none at all
+    // for objects of a take without a body), finite orientations of a usable length, and every
+    // value still finite in single precision after the output scale.
+    bool isUsablePose(const ZavoPoseObject& pose) const;
+    // The first usable pose of the take, or an empty one; scenes are built from it.
+    ZavoPoseObject firstUsablePose() const;
+    // Times an exported frame and gives the pose to key, or false for an unusable pose, which
+    // is counted and reported through lastError().
+    bool prepareFrame(int frame, ZavoPoseObject& pose);
+    // Why finalize would write a file without a node or without a key; empty when it would not.
+    QString nothingToExport() const;
     // Replaces the names of the animated nodes.
     void setSegmentNames(const QStringList& names);
 
@@ -108,6 +120,13 @@ protected:
     int32_t m_firstFrameTime = 0;  // milliseconds
     FbxTime m_animationStart;
     FbxTime m_animationStop;
+    // Frame counts of the run, for what finalize reports.
+    int m_offeredFrames = 0;    // handed to exportFrame
+    int m_usedFrames = 0;       // accepted by useThisFrame
+    int m_invalidFrames = 0;    // used, but with an unusable pose
+    int m_keyedFrames = 0;      // keyed
+    int m_collidingFrames = 0;  // keyed at the time of an earlier keyed frame
+    std::unordered_set<FbxLongLong> m_keyTimes;
 
 private:
     QString takeNameOf(const QString& fileName) const;

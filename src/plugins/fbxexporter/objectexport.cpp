@@ -32,7 +32,7 @@ const nuvia::Quaternion& objectTurn() {
 }  // namespace
 
 bool NuFbxExporter::initObjectScene(const QString&, bool useNulls) {
-    if (!m_host.pose(m_host.firstFrame()).isValid()) return true;
+    if (!firstUsablePose().isValid()) return true;
     setSegmentNames(m_host.segmentNames());
     for (const FbxString& name : m_segmentNodeNames) {
         FbxNodeAttribute* attribute = createObjectAttribute(m_scene, name.Buffer(), useNulls);
@@ -46,8 +46,8 @@ bool NuFbxExporter::initObjectScene(const QString&, bool useNulls) {
 
 bool NuFbxExporter::exportObjectFrame(int frame) {
     if (!useThisFrame(frame)) return true;
-    setKeyTime(frame);
-    const ZavoPoseObject pose = framePose(frame);
+    ZavoPoseObject pose;
+    if (!prepareFrame(frame, pose)) return true;
     nuvia::Quaternion r;
     nuvia::Vector3 euler;
     for (int i = 0; i < static_cast<int>(m_segmentNodeNames.size()); ++i) {
