@@ -13,7 +13,7 @@
 
 namespace {
 
-const QStringList longDemo = {"--demo", "--demo-frames", "3000", "--format", "binary"};
+const QStringList longDemo = {"--demo", "--demo-frames", "1000", "--format", "binary"};
 
 // A run ends by the signal when the program's handler exits with 128 + the signal, or when it
 // dies of it (before the handler is in place, or for SIGKILL).
