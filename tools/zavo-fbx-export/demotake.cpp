@@ -146,7 +146,7 @@ TakePose makePose(double t, const DemoTakeOptions& options, bool tPose) {
 
 }  // namespace
 
-Take makeDemoTake(const DemoTakeOptions& options) {
+Take makeComputedDemoTake(const DemoTakeOptions& options) {
     Take take;
     take.frameRate = options.frameRate;
     take.recordStartTime = 1777557792250;  // 2026-04-30T14:03:12.250Z: fixed, so runs repeat
@@ -166,12 +166,21 @@ Take makeDemoTake(const DemoTakeOptions& options) {
     }
     take.nullPose = makePose(0.0, options, true);
     take.nullPose->absoluteTime = take.recordStartTime;
-    take.frames.reserve(static_cast<size_t>(options.frames));
-    for (int f = 0; f < options.frames; ++f) {
-        TakePose& pose =
-            take.frames.emplace_back(makePose(f / options.frameRate, options, false)).value();
+    take.computedFrames = options.frames;
+    take.computePose = [options, start = take.recordStartTime](int f) {
+        TakePose pose = makePose(f / options.frameRate, options, false);
         pose.frameTime = defaultFrameTime(f, options.frameRate);
-        pose.absoluteTime = take.recordStartTime + pose.frameTime;
-    }
+        pose.absoluteTime = start + pose.frameTime;
+        return pose;
+    };
+    return take;
+}
+
+Take makeDemoTake(const DemoTakeOptions& options) {
+    Take take = makeComputedDemoTake(options);
+    take.frames.reserve(static_cast<size_t>(take.computedFrames));
+    for (int f = 0; f < take.computedFrames; ++f) take.frames.emplace_back(take.computePose(f));
+    take.computePose = nullptr;
+    take.computedFrames = 0;
     return take;
 }

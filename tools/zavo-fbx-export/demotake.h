@@ -15,3 +15,7 @@ struct DemoTakeOptions {
 // pose. Each segment keeps a fixed offset in its parent's frame, so the skeleton is rigid and
 // a skeleton rebuilt from the null pose reproduces every frame's global positions.
 Take makeDemoTake(const DemoTakeOptions& options);
+
+// The same take with each frame's pose computed when the host is asked for it, so that memory
+// does not grow with the length of the take.
+Take makeComputedDemoTake(const DemoTakeOptions& options);

@@ -99,7 +99,7 @@ void printSummary(std::FILE* stream, const QString& output, const QString& writt
 }  // namespace
 
 Take loadTake(const CommandLine& command) {
-    if (command.demo) return makeDemoTake(command.demoTake);
+    if (command.demo) return makeComputedDemoTake(command.demoTake);
     if (QFileInfo(fromStd(command.input))
             .suffix()
             .compare(QLatin1String("bvh"), Qt::CaseInsensitive) == 0) {

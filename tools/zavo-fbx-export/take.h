@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -51,8 +52,14 @@ struct Take {
     std::vector<TakeJoint> joints;
     std::optional<TakePose> nullPose;
     std::vector<std::optional<TakePose>> frames;  // host frame 0, 1, ...; empty: no pose
+    // A generated take too long to hold computes each pose when asked for instead: the pose of
+    // host frame 0 to computedFrames - 1. Empty: the poses are those of `frames`.
+    std::function<TakePose(int)> computePose;
+    int computedFrames = 0;
 
-    int frameCount() const { return static_cast<int>(frames.size()) - firstFrame; }
+    int frameCount() const {
+        return (computePose ? computedFrames : static_cast<int>(frames.size())) - firstFrame;
+    }
     bool isProp(int segment) const;
 };
 

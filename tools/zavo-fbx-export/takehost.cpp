@@ -25,6 +25,14 @@ void TakeHost::log(QObject*, int severity, const QString& text, int code, NuTime
 }
 
 ZavoPoseObject TakeHost::pose(int frame) const {
+    if (m_take.computePose) {
+        if (frame < 0 || frame >= m_take.computedFrames) return ZavoPoseObject();
+        if (frame != m_computedFrame) {
+            m_computedPose = std::make_shared<const TakePose>(m_take.computePose(frame));
+            m_computedFrame = frame;
+        }
+        return makePoseObject(m_take, m_computedPose);
+    }
     if (frame < 0 || frame >= static_cast<int>(m_take.frames.size())) return ZavoPoseObject();
     const std::optional<TakePose>& pose = m_take.frames[static_cast<size_t>(frame)];
     return makePoseObject(m_take, pose ? &*pose : nullptr);

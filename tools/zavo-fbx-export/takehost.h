@@ -48,6 +48,9 @@ public:
 
 private:
     const Take& m_take;
+    // The last computed pose: the exporter asks for one frame several times in a row.
+    mutable int m_computedFrame = -1;
+    mutable std::shared_ptr<const TakePose> m_computedPose;
     std::shared_ptr<SettingsStore> m_store;
     QString m_userComment;
     QStringList m_segmentNames;

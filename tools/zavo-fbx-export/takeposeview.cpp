@@ -62,3 +62,7 @@ ZavoPoseObject makePoseObject(const Take& take, const TakePose* pose) {
     if (!pose) return ZavoPoseObject();
     return ZavoPoseObject(std::make_unique<TakePoseView>(take, *pose));
 }
+
+ZavoPoseObject makePoseObject(const Take& take, std::shared_ptr<const TakePose> pose) {
+    return ZavoPoseObject(std::make_unique<TakePoseView>(take, std::move(pose)));
+}

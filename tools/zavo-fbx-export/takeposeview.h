@@ -3,6 +3,8 @@
 #include <zavo/zavopose.h>
 #include <zavo/zavoposeobject.h>
 
+#include <memory>
+
 #include "take.h"
 
 // The host's pose accessors over one pose of a take. It refers to the take instead of copying
@@ -10,8 +12,11 @@
 class TakePoseView : public ZavoPose {
 public:
     TakePoseView(const Take& take, const TakePose& pose) : m_take(take), m_pose(pose) {}
+    // A view that keeps a computed pose alive for as long as it or one of its clones lives.
+    TakePoseView(const Take& take, std::shared_ptr<const TakePose> pose)
+        : m_take(take), m_pose(*pose), m_owned(std::move(pose)) {}
 
-    ZavoPose* clone() const override { return new TakePoseView(m_take, m_pose); }
+    ZavoPose* clone() const override { return new TakePoseView(*this); }
     bool isValid() const override { return m_pose.valid; }
     int segmentStateCount() const override { return static_cast<int>(m_pose.segments.size()); }
     NuVector pos_g(int segment) const override;
@@ -30,7 +35,9 @@ private:
 
     const Take& m_take;
     const TakePose& m_pose;
+    std::shared_ptr<const TakePose> m_owned;
 };
 
 // The host's pose object for `pose` of `take`; empty when `pose` is null.
 ZavoPoseObject makePoseObject(const Take& take, const TakePose* pose);
+ZavoPoseObject makePoseObject(const Take& take, std::shared_ptr<const TakePose> pose);
