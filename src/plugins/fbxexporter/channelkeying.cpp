@@ -13,22 +13,37 @@ FbxNode* animatedNode(FbxScene* scene, FbxAnimLayer* layer, const FbxString& nam
     return node;
 }
 
-FbxAnimCurve* keyChannel(FbxProperty& property, FbxAnimLayer* layer, const char* channel,
-                         FbxTime time, double value) {
-    FbxAnimCurve* curve = property.GetCurve(layer, property.GetName().Buffer(), channel, true);
-    if (!curve) return nullptr;
+namespace {
+
+void appendKey(FbxAnimCurve* curve, FbxTime time, double value) {
     curve->KeyModifyBegin();
     const int index = curve->KeyAdd(time);
     curve->KeySetValue(index, static_cast<float>(value));
     curve->KeySetInterpolation(index, FbxAnimCurveDef::eInterpolationLinear);
     curve->KeyModifyEnd();
+}
+
+}  // namespace
+
+FbxAnimCurve* keyChannel(FbxProperty& property, FbxAnimLayer* layer, const char* channel,
+                         FbxTime time, double value) {
+    FbxAnimCurve* curve = property.GetCurve(layer, property.GetName().Buffer(), channel, true);
+    if (curve) appendKey(curve, time, value);
     return curve;
 }
 
-void keyChannels(FbxProperty& property, FbxAnimLayer* layer, FbxTime time, double x, double y,
-                 double z, int reserve) {
-    FbxAnimCurve* curveX = keyChannel(property, layer, "X", time, x);
-    if (curveX && reserve > 0) curveX->ResizeKeyBuffer(reserve);
-    keyChannel(property, layer, "Y", time, y);
-    keyChannel(property, layer, "Z", time, z);
+void ChannelCurves::key(FbxProperty& property, FbxAnimLayer* layer, FbxTime time, double x,
+                        double y, double z, int reserve) {
+    const double values[3] = {x, y, z};
+    if (m_found) {
+        for (int c = 0; c < 3; ++c)
+            if (m_curves[c]) appendKey(m_curves[c], time, values[c]);
+        return;
+    }
+    static const char* const channels[3] = {"X", "Y", "Z"};
+    for (int c = 0; c < 3; ++c) {
+        m_curves[c] = keyChannel(property, layer, channels[c], time, values[c]);
+        if (m_curves[c] && reserve > 0) m_curves[c]->ResizeKeyBuffer(reserve);
+    }
+    m_found = true;
 }

@@ -20,8 +20,25 @@ FbxNode* animatedNode(FbxScene* scene, FbxAnimLayer* layer, const FbxString& nam
 FbxAnimCurve* keyChannel(FbxProperty& property, FbxAnimLayer* layer, const char* channel,
                          FbxTime time, double value);
 
-// Keys the three channels of a three-double property in the order X, Y, Z. When `reserve` is
-// positive, the X curve reserves room for that many keys, so long takes append without
-// reallocating.
-void keyChannels(FbxProperty& property, FbxAnimLayer* layer, FbxTime time, double x, double y,
-                 double z, int reserve = 0);
+// The X, Y and Z curves of a three-double property, looked up by name at the first key and
+// keyed through directly after that: a long take keys millions of times.
+class ChannelCurves {
+public:
+    // Keys the three channels in the order X, Y, Z, making the curves at the first key. When
+    // `reserve` is positive, each new curve reserves room for that many keys, so long takes
+    // append without reallocating.
+    void key(FbxProperty& property, FbxAnimLayer* layer, FbxTime time, double x, double y, double z,
+             int reserve = 0);
+
+private:
+    bool m_found = false;
+    FbxAnimCurve* m_curves[3] = {};  // null where no curve could be made
+};
+
+// An animated segment's node and its curves, looked up once per run.
+struct AnimatedSegment {
+    bool found = false;
+    FbxNode* node = nullptr;  // null when no node has the segment's name
+    ChannelCurves translation;
+    ChannelCurves rotation;
+};

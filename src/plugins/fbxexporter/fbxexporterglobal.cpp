@@ -90,8 +90,9 @@ bool FbxExporterGlobal::exportFrame(int frame) {
     const int hostSegments = pose.segmentStateCount();
     nuvia::Vector3 euler;
     for (int i = 0; i < static_cast<int>(m_segmentNodeNames.size()); ++i) {
-        FbxNode* node = animatedNode(m_scene, m_animLayer, m_segmentNodeNames[i]);
-        if (!node) continue;
+        AnimatedSegment* segment = animatedSegment(i);
+        if (!segment) continue;
+        FbxNode* node = segment->node;
         const SegmentState s =
             i < hostSegments ? hostSegment(pose, i) : fingerJoint(pose, i - hostSegments);
         // Host axes 1, 2, 0 are FBX X, Y, Z. Walking on the spot keeps every segment's horizontal
@@ -99,11 +100,12 @@ bool FbxExporterGlobal::exportFrame(int frame) {
         const nuvia::Vector3& g = s.position;
         const double x = m_walkOnTheSpot ? g[1] - pelvis[1] : g[1];
         const double z = m_walkOnTheSpot ? g[0] - pelvis[0] : g[0];
-        keyChannels(node->LclTranslation, m_animLayer, m_keyTime, x * m_outputScale,
-                    g[2] * m_outputScale, z * m_outputScale, m_exportedFrameCount);
+        segment->translation.key(node->LclTranslation, m_animLayer, m_keyTime, x * m_outputScale,
+                                 g[2] * m_outputScale, z * m_outputScale, m_exportedFrameCount);
         const NuQuaternion& q = s.orientation;
         nuvia::Quaternion(q.w, q.y, q.z, q.x).toEuler(euler);
-        keyChannels(node->LclRotation, m_animLayer, m_keyTime, euler[0], euler[1], euler[2]);
+        segment->rotation.key(node->LclRotation, m_animLayer, m_keyTime, euler[0], euler[1],
+                              euler[2], m_exportedFrameCount);
     }
     return true;
 }

@@ -96,22 +96,25 @@ bool FbxExporterLocal::exportFrame(int frame) {
     nuvia::Vector3 t, r;
     for (int i = 0; i < count; ++i) {
         m_poseTransform->getSegmentPose(i, t, r);
-        FbxNode* node = animatedNode(m_scene, m_animLayer, m_segmentNodeNames[i]);
-        if (!node) continue;
+        AnimatedSegment* segment = animatedSegment(i);
+        if (!segment) continue;
         // Only the pelvis moves; every other joint keeps its offset from its parent.
-        if (i == 0) keyPelvisTranslation(node, t, pelvis);
-        keyChannels(node->LclRotation, m_animLayer, m_keyTime, r[0], r[1], r[2]);
+        if (i == 0) keyPelvisTranslation(*segment, t, pelvis);
+        segment->rotation.key(segment->node->LclRotation, m_animLayer, m_keyTime, r[0], r[1], r[2],
+                              m_exportedFrameCount);
     }
     return true;
 }
 
-void FbxExporterLocal::keyPelvisTranslation(FbxNode* node, const nuvia::Vector3& translation,
+void FbxExporterLocal::keyPelvisTranslation(AnimatedSegment& pelvisSegment,
+                                            const nuvia::Vector3& translation,
                                             const nuvia::Vector3& pelvis) {
     // Walking on the spot keeps the horizontal position at the pelvis's own: zero, formed as a
     // difference so that a position that is not a number stays visible. Host axes 1 and 0 are
     // FBX X and Z.
     const double x = m_walkOnTheSpot ? pelvis[1] - pelvis[1] : translation[0];
     const double z = m_walkOnTheSpot ? pelvis[0] - pelvis[0] : translation[2];
-    keyChannels(node->LclTranslation, m_animLayer, m_keyTime, x * m_outputScale,
-                translation[1] * m_outputScale, z * m_outputScale, m_exportedFrameCount);
+    pelvisSegment.translation.key(pelvisSegment.node->LclTranslation, m_animLayer, m_keyTime,
+                                  x * m_outputScale, translation[1] * m_outputScale,
+                                  z * m_outputScale, m_exportedFrameCount);
 }

@@ -21,6 +21,6 @@ public:
 private:
     // A limb-node joint named `name`, not yet in the tree.
     FbxNode* createJoint(const QString& name);
-    void keyPelvisTranslation(FbxNode* node, const nuvia::Vector3& translation,
+    void keyPelvisTranslation(AnimatedSegment& pelvisSegment, const nuvia::Vector3& translation,
                               const nuvia::Vector3& pelvis);
 };

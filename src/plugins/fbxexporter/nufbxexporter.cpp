@@ -94,6 +94,7 @@ bool NuFbxExporter::initialize(const QString& fileName) {
 
     DirectGlueLinesAwayFrom(m_fileName.toUtf8().constData());
     InitializeSdkObjects(m_manager, m_scene);
+    m_animatedSegments.clear();
     m_manager->GetIOSettings()->SetBoolProp(EXP_FBX_DETERMINISTIC,
                                             qgetenv(DeterministicVariable) == "1");
     createDocumentInfo();
@@ -176,6 +177,7 @@ bool NuFbxExporter::finalize(bool cancelled) {
     m_scene = nullptr;
     m_animStack = nullptr;
     m_animLayer = nullptr;
+    m_animatedSegments.clear();
     m_poseTransform.reset();
     return saved || !save;
 }
@@ -212,4 +214,17 @@ void NuFbxExporter::setSegmentNames(const QStringList& names) {
     m_segmentNodeNames.clear();
     m_segmentNodeNames.reserve(names.size());
     for (const QString& name : names) m_segmentNodeNames.push_back(utf8(name));
+    m_animatedSegments.clear();
+}
+
+AnimatedSegment* NuFbxExporter::animatedSegment(int index) {
+    const auto i = static_cast<size_t>(index);
+    if (m_animatedSegments.size() != m_segmentNodeNames.size())
+        m_animatedSegments.resize(m_segmentNodeNames.size());
+    AnimatedSegment& segment = m_animatedSegments[i];
+    if (!segment.found) {
+        segment.node = animatedNode(m_scene, m_animLayer, m_segmentNodeNames[i]);
+        segment.found = true;
+    }
+    return segment.node ? &segment : nullptr;
 }

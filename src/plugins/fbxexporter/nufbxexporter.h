@@ -12,6 +12,7 @@
 #include <zavo/abstractsettingssynchronizer.h>
 #include <zavo/abstractzavostudioplugininterface.h>
 
+#include "channelkeying.h"
 #include "fbx/scene/fbxtime.h"
 #include "posetransformfbx.h"
 
@@ -81,6 +82,10 @@ protected:
     QString nothingToExport() const;
     // Replaces the names of the animated nodes.
     void setSegmentNames(const QStringList& names);
+    // The node and curves of animated segment `index` in the scene under way, with its
+    // rotation and translation curve nodes made on the first call; null when no node has the
+    // segment's name.
+    AnimatedSegment* animatedSegment(int index);
 
     AbstractZavoStudioPluginInterface& m_host;
     AbstractSettingsSynchronizer* m_settings;
@@ -102,6 +107,7 @@ protected:
     // lookups a conversion.
     QStringList m_segmentNames;
     std::vector<FbxString> m_segmentNodeNames;
+    std::vector<AnimatedSegment> m_animatedSegments;  // by segment; valid for m_scene only
     std::unique_ptr<PoseTransformFbx> m_poseTransform;
     FbxManager* m_manager = nullptr;
     FbxScene* m_scene = nullptr;

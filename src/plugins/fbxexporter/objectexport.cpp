@@ -51,17 +51,19 @@ bool NuFbxExporter::exportObjectFrame(int frame) {
     nuvia::Quaternion r;
     nuvia::Vector3 euler;
     for (int i = 0; i < static_cast<int>(m_segmentNodeNames.size()); ++i) {
-        FbxNode* node = animatedNode(m_scene, m_animLayer, m_segmentNodeNames[i]);
-        if (!node) continue;
+        AnimatedSegment* segment = animatedSegment(i);
+        if (!segment) continue;
+        FbxNode* node = segment->node;
         // An empty pose places every object at the origin with a zero orientation.
         const NuVector position = pose.pos_g(i);
         const nuvia::Vector3 p = position.size() == 0 ? nuvia::Vector3() : firstThree(position);
         r.setQuatMulQuat(objectTurn(), pose.q_gb(i, PoseBase_Global));
         // Host axes 1, 2, 0 are FBX X, Y, Z.
-        keyChannels(node->LclTranslation, m_animLayer, m_keyTime, p[1] * m_outputScale,
-                    p[2] * m_outputScale, p[0] * m_outputScale, m_exportedFrameCount);
+        segment->translation.key(node->LclTranslation, m_animLayer, m_keyTime, p[1] * m_outputScale,
+                                 p[2] * m_outputScale, p[0] * m_outputScale, m_exportedFrameCount);
         nuvia::Quaternion(r.w, r.y, r.z, r.x).toEuler(euler);
-        keyChannels(node->LclRotation, m_animLayer, m_keyTime, euler[0], euler[1], euler[2]);
+        segment->rotation.key(node->LclRotation, m_animLayer, m_keyTime, euler[0], euler[1],
+                              euler[2], m_exportedFrameCount);
     }
     return true;
 }
