@@ -27,13 +27,15 @@ for harness in "${harnesses[@]}"; do
     findings="build/fuzz/findings/$harness"
     log="build/fuzz/$harness.log"
     mkdir -p "$corpus" "$findings"
+    # git keeps no empty folder: a harness without regressions yet has only its seeds
+    inputs=("$corpus" "tests/fuzz/$harness/seeds")
+    if [ -d "tests/fuzz/$harness/regressions" ]; then inputs+=("tests/fuzz/$harness/regressions"); fi
     echo "== $harness: ${seconds} s"
     if ASAN_OPTIONS="detect_leaks=1:allocator_may_return_null=0" \
        UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1" \
        "build/fuzz/tests/fuzz/${harness}_fuzzer" "${seed_option[@]}" \
            -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 -print_final_stats=1 \
-           -artifact_prefix="$findings/" "$corpus" "tests/fuzz/$harness/seeds" \
-           "tests/fuzz/$harness/regressions" >"$log" 2>&1; then
+           -artifact_prefix="$findings/" "${inputs[@]}" >"$log" 2>&1; then
         grep -E "stat::number_of_executed_units|stat::average_exec_per_sec" "$log" || true
     else
         tail -n 40 "$log"

@@ -148,7 +148,7 @@ bool channelFromName(std::string_view name, BvhChannel& channel) {
 class BvhParser {
 public:
     BvhParser(std::string_view text, const std::string& name)
-        : m_lexer(text, name), m_text(text), m_name(name) {}
+        : m_lexer(text, name), m_text(text) {}
 
     BvhClip parse() {
         m_lexer.expect("HIERARCHY");
@@ -328,7 +328,6 @@ private:
 
     BvhLexer m_lexer;
     std::string_view m_text;
-    const std::string& m_name;
     BvhClip m_clip;
     std::unordered_map<std::string, int> m_names;  // lower-case name to joint index
 };
