@@ -10,6 +10,7 @@
 #include <numbers>
 #include <unordered_map>
 
+#include "mappedfile.h"
 #include "takeerror.h"
 
 namespace {
@@ -369,6 +370,13 @@ BvhClip parseBvh(std::string_view text, const std::string& name) {
 }
 
 BvhClip readBvhFile(const std::string& path) {
+    if (const MappedFile mapped(path); !mapped.empty()) {
+        try {
+            return parseBvh(mapped.text(), path);
+        } catch (const std::bad_alloc&) {
+            throw TakeError(path + ": too large to read into memory");
+        }
+    }
     std::ifstream file(path, std::ios::binary);
     if (!file) throw TakeError(path + ": cannot open");
     try {

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// The text of a regular file, mapped read-only rather than copied: a clip of hundreds of
+// megabytes is parsed where the system keeps it.
+class MappedFile {
+public:
+    // Maps `path`; empty when it is no regular file, is empty or cannot be mapped, for the
+    // caller to read it another way.
+    explicit MappedFile(const std::string& path);
+    ~MappedFile();
+    MappedFile(const MappedFile&) = delete;
+    MappedFile& operator=(const MappedFile&) = delete;
+
+    bool empty() const { return m_size == 0; }
+    std::string_view text() const { return {static_cast<const char*>(m_data), m_size}; }
+
+private:
+    void* m_data = nullptr;
+    size_t m_size = 0;
+};
