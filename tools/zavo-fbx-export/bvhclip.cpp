@@ -148,8 +148,7 @@ bool channelFromName(std::string_view name, BvhChannel& channel) {
 
 class BvhParser {
 public:
-    BvhParser(std::string_view text, const std::string& name)
-        : m_lexer(text, name), m_text(text) {}
+    BvhParser(std::string_view text, const std::string& name) : m_lexer(text, name), m_text(text) {}
 
     BvhClip parse() {
         m_lexer.expect("HIERARCHY");
