@@ -100,6 +100,9 @@ TEST(FbxExporterPlugin, DoCreateMakesTheExporterOfTheStoredPreset) {
         EXPECT_EQ(host.logs,
                   exporterKind
                       ? QStringList()
-                      : QStringList(QString("3 500 FBX Preset \"%1\" not supported").arg(text)));
+                      : QStringList(QString("3 500 FBX Preset \"%1\" not supported. Invalid "
+                                            "outputPreset: \"%1\" (accepted: Nodes or Skeleton "
+                                            "in any case, 0 or 1)")
+                                        .arg(text)));
     }
 }

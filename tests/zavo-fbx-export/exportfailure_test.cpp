@@ -51,7 +51,8 @@ TEST(ExportFailure, EndsWithStatusOneLineAndNoFile) {
         {"--preset mesh --demo out.fbx", 1,
          "invalid setting --preset mesh: expected skeleton or nodes"},
         {"--set outputPreset=Mesh --demo out.fbx", 1,
-         "out.fbx: the plug-in made no exporter: FBX Preset \"Mesh\" not supported"},
+         "out.fbx: the plug-in made no exporter: FBX Preset \"Mesh\" not supported. Invalid "
+         "outputPreset: \"Mesh\" (accepted: Nodes or Skeleton in any case, 0 or 1)"},
         {"--set naming=maya --demo out.fbx", 1,
          "out.fbx: export failed: Invalid naming convention: maya"},
         {"--set outputscale=2 --demo out.fbx", 1,

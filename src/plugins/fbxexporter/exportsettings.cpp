@@ -53,19 +53,20 @@ QMap<QString, QString> descriptions() {
 
 namespace {
 
-// Reads `key` as text and maps it to 0 or 1 by name (any case) or digit (exact); anything
-// else is 2. An empty value stands for the first name.
+// Maps `text` to 0 or 1 by name (any case) or digit (exact); anything else is 2. An empty
+// value stands for the first name.
+int matchChoice(const QString& text, const QString& name0, const QString& name1) {
+    if (text.isEmpty()) return 0;
+    if (text.compare(name0, Qt::CaseInsensitive) == 0 || text == QLatin1String("0")) return 0;
+    if (text.compare(name1, Qt::CaseInsensitive) == 0 || text == QLatin1String("1")) return 1;
+    return 2;
+}
+
+// Reads `key` as text and matches it like matchChoice; an empty value reads as the first name.
 std::pair<int, QString> readChoice(const AbstractSettingsSynchronizer& settings, const char* key,
                                    const QString& name0, const QString& name1) {
     const QString text = settings.value(QString::fromLatin1(key)).toString();
-    if (text.isEmpty()) return {0, name0};
-    if (text.compare(name0, Qt::CaseInsensitive) == 0 || text == QLatin1String("0")) {
-        return {0, text};
-    }
-    if (text.compare(name1, Qt::CaseInsensitive) == 0 || text == QLatin1String("1")) {
-        return {1, text};
-    }
-    return {2, text};
+    return {matchChoice(text, name0, name1), text.isEmpty() ? name0 : text};
 }
 
 }  // namespace
@@ -116,6 +117,12 @@ std::optional<QVariant> toZeroOrOne(const QString& text) {
     return std::nullopt;
 }
 
+std::optional<QVariant> toPreset(const QString& text) {
+    const int preset = matchChoice(text, QStringLiteral("Nodes"), QStringLiteral("Skeleton"));
+    if (preset == 2) return std::nullopt;
+    return preset;
+}
+
 std::optional<QVariant> toFormat(const QString& text) {
     // Kept as given: the writer is chosen by the lower-cased word.
     for (const char* format : {"binary", "ascii"}) {
@@ -131,6 +138,7 @@ struct SettingRule {
 };
 
 constexpr SettingRule SettingRules[] = {
+    {ExportSettings::OutputPreset, toPreset, "Nodes or Skeleton in any case, 0 or 1"},
     {ExportSettings::OutputScale, toScale, "a number above 0, such as 100 or 0.001"},
     {ExportSettings::TimeIncrementMode, toZeroOrOne, "0 (Fixed) or 1 (Dynamic)"},
     {ExportSettings::TimeStart, toZeroOrOne, "0 (from zero) or 1 (from the recorded start)"},

@@ -31,8 +31,8 @@ enum Naming { Naming_Default = 0, Naming_Unreal = 1, Naming_Invalid = 2 };
 
 // One key's value as a run reads it: converted to the type the exporter works with (bool,
 // double, int or text), or, when the stored value does not convert or lies outside what the
-// key accepts, an error naming the key, the value and what is accepted. For the keys other
-// than the preset and the naming, whichever way their values reach the store.
+// key accepts, an error naming the key, the value and what is accepted. For every key but the
+// naming, whichever way their values reach the store.
 struct SettingReading {
     QVariant value;
     QString error;

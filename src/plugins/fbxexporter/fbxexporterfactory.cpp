@@ -75,10 +75,14 @@ AbstractExporter* FbxExporterFactory::doCreate(AbstractZavoStudioPluginInterface
             return new FbxExporterGlobal(host, m_settings);
         case 1:
             return new FbxExporterLocal(host, m_settings);
-        default:
+        default: {
+            // The host shows the last logged line as the reason no export started, so that line
+            // also names the key and what it accepts, as every other refused setting does.
+            const QString refusal = readSetting(*m_settings, ExportSettings::OutputPreset).error;
             host.log(nullptr, PresetLogSeverity,
-                     QStringLiteral("FBX Preset \"%1\" not supported").arg(text), PresetLogCode,
-                     NuTimeStamp_now());
+                     QStringLiteral("FBX Preset \"%1\" not supported. %2").arg(text, refusal),
+                     PresetLogCode, NuTimeStamp_now());
             return nullptr;
+        }
     }
 }
