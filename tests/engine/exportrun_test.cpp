@@ -189,7 +189,7 @@ TEST(ExportRun, UnusablePosesAndRunsWithNothingToExport) {
         EXPECT_EQ(written, QFile::exists(dir.filePath("take.fbx")));
         return std::pair(written, probe.lastError().toStdString());
     };
-    const std::string invalid = "Received invalid pose data";
+    const std::string invalid = "1 of 5 frames have no usable pose and were left out";
     int keys = 0;
     // Orientations without a usable length, non-finite values, finger data included.
     for (const NuQuaternion& q :
@@ -211,6 +211,17 @@ TEST(ExportRun, UnusablePosesAndRunsWithNothingToExport) {
               std::pair(true, std::string("1 of 5 frames share a key time with an earlier "
                                           "frame; the file keeps the last of each")));
     EXPECT_EQ(keys, 4);
+    // A frame without any pose leaves no key either; both losses are told in one line.
+    EXPECT_EQ(outcome(
+                  [](FakeHost& h) {
+                      h.frames[1].reset();
+                      h.frames[4]->time = h.frames[3]->time;
+                  },
+                  &keys),
+              std::pair(true, std::string("1 of 5 frames have no usable pose and were left out; "
+                                          "1 of 4 frames share a key time with an earlier frame; "
+                                          "the file keeps the last of each")));
+    EXPECT_EQ(keys, 3);
 
     EXPECT_EQ(outcome([](FakeHost& h) {
                   h.recordStart = QDateTime::fromMSecsSinceEpoch(1000000, Qt::UTC);

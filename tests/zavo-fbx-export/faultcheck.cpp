@@ -38,7 +38,7 @@ std::string binaryProblem(const QByteArray& bytes, int framesExported, const QSt
             keys = std::max(keys, times->values.at(0).ints.size());
     if (keys == 0) return "the file holds no key";
     if (framesExported > 0 && keys < static_cast<size_t>(framesExported) &&
-        !warnings.contains("share a key time") && !warnings.contains("invalid pose data"))
+        !warnings.contains("share a key time") && !warnings.contains("no usable pose"))
         return std::to_string(keys) + " keys for " + std::to_string(framesExported) +
                " frames, and no word of the lost frames";
     return {};

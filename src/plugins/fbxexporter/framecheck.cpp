@@ -1,4 +1,5 @@
 // Which poses an export run keys, and what it says when it has nothing to key.
+#include <QStringList>
 #include <cmath>
 #include <limits>
 
@@ -92,4 +93,21 @@ QString NuFbxExporter::nothingToExport() const {
     return tr(
         "Nothing to export: no frame of the take has a key (every exported frame has an "
         "invalid pose)");
+}
+
+QString NuFbxExporter::lostFramesWarning() const {
+    QStringList sentences;
+    const int leftOut = m_poselessFrames + m_invalidFrames;
+    if (leftOut > 0) {
+        sentences << tr("%1 of %2 frames have no usable pose and were left out")
+                         .arg(leftOut)
+                         .arg(m_usedFrames + m_poselessFrames);
+    }
+    if (m_collidingFrames > 0) {
+        sentences << tr("%1 of %2 frames share a key time with an earlier frame; the file keeps "
+                        "the last of each")
+                         .arg(m_collidingFrames)
+                         .arg(m_keyedFrames);
+    }
+    return sentences.join(QStringLiteral("; "));
 }

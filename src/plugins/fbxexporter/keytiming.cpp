@@ -9,9 +9,16 @@ constexpr int64_t MillisecondsPerDay = 86400000;
 
 bool NuFbxExporter::useThisFrame(int frame) {
     ++m_offeredFrames;
-    // A frame without a pose counts as recorded in 1970, before any recording.
-    const NuTimeStamp recorded = m_host.pose(frame).absoluteTime();
-    if (m_host.recordStartTime().toMSecsSinceEpoch() > recorded) return false;
+    // A frame without a pose counts as recorded in 1970, before any recording. Unlike a frame
+    // truly recorded before the start, it is one the user expects in the file, so it is counted
+    // as lost when it falls where a key was due.
+    const ZavoPoseObject pose = m_host.pose(frame);
+    if (m_host.recordStartTime().toMSecsSinceEpoch() > pose.absoluteTime()) {
+        const bool due =
+            m_firstFrame == -1 || (int64_t{frame} - m_firstFrame) % (int64_t{m_frameSkip} + 1) == 0;
+        if (!pose.isValid() && due) ++m_poselessFrames;
+        return false;
+    }
     if (m_firstFrame == -1) {
         if (frame >= 0) m_firstFrame = frame;
         ++m_usedFrames;

@@ -106,7 +106,8 @@ bool NuFbxExporter::initialize(const QString& fileName) {
     m_startOffset = m_host.recordStartTime().toMSecsSinceEpoch();
     m_exportedFrameCount = static_cast<int32_t>(m_host.frameCount() / (int64_t{m_frameSkip} + 1));
     m_firstFrame = -1;
-    m_offeredFrames = m_usedFrames = m_invalidFrames = m_keyedFrames = m_collidingFrames = 0;
+    m_offeredFrames = m_usedFrames = m_invalidFrames = m_keyedFrames = m_collidingFrames =
+        m_poselessFrames = 0;
     m_keyTimes.clear();
     setTimeMode();
     if (m_startAtZero) m_startOffset = 0;
@@ -164,11 +165,8 @@ bool NuFbxExporter::finalize(bool cancelled) {
                           m_exportFormat.toLower().toUtf8().constData(), false, &error);
         // The host shows the reason; the file under the name is the one from before.
         if (!saved) m_lastError = QString::fromStdString(error);
-        if (saved && m_collidingFrames > 0) {
-            m_lastError = tr("%1 of %2 frames share a key time with an earlier frame; the file "
-                             "keeps the last of each")
-                              .arg(m_collidingFrames)
-                              .arg(m_keyedFrames);
+        if (saved) {
+            if (const QString lost = lostFramesWarning(); !lost.isEmpty()) m_lastError = lost;
         }
     }
     DestroySdkObjects(m_manager, saved);

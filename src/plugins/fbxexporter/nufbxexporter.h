@@ -80,6 +80,9 @@ protected:
     bool prepareFrame(int frame, ZavoPoseObject& pose);
     // Why finalize would write a file without a node or without a key; empty when it would not.
     QString nothingToExport() const;
+    // What a saved run tells the host about frames that left no key of their own: frames
+    // without a usable pose, frames at the time of an earlier one. Empty when every frame keyed.
+    QString lostFramesWarning() const;
     // Replaces the names of the animated nodes.
     void setSegmentNames(const QStringList& names);
     // The node and curves of animated segment `index` in the scene under way, with its
@@ -132,6 +135,7 @@ protected:
     int m_invalidFrames = 0;    // used, but with an unusable pose
     int m_keyedFrames = 0;      // keyed
     int m_collidingFrames = 0;  // keyed at the time of an earlier keyed frame
+    int m_poselessFrames = 0;   // due for a key, but without a pose
     std::unordered_set<FbxLongLong> m_keyTimes;
 
 private:
