@@ -79,4 +79,32 @@ TEST(ExportContent, EveryRecordAndArrayMatchesTheReference) {
     }
 }
 
+// The golden files are whole exports of a small take, kept byte for byte so that any change to
+// what a file holds shows in review. After an intended change, record new ones with
+// ZAVO_UPDATE_GOLDEN=1 ctest --preset default -R GoldenFiles
+TEST(GoldenFiles, SmallTakeExportsByteForByte) {
+    const bool update = qEnvironmentVariableIsSet("ZAVO_UPDATE_GOLDEN");
+    for (const char* format : {"binary", "ascii"}) {
+        SCOPED_TRACE(format);
+        QTemporaryDir folder;
+        const ProgramRun run =
+            runProgram(folder, {"--demo", "--demo-frames", "8", "--demo-rate", "60",
+                                "--no-demo-fingers", "--demo-props", "1", "--deterministic",
+                                "--quiet", "--format", format, "out.fbx"});
+        ASSERT_EQ(run.exitStatus, 0) << run.standardError.toStdString();
+        const std::string golden =
+            std::string(ZAVO_GOLDEN_DATA_DIR) + "/small-take-" + format + ".fbx";
+        const std::vector<uint8_t> bytes =
+            fbxtest::ReadAllBytes(folder.filePath("out.fbx").toStdString());
+        if (update) {
+            std::ofstream(golden, std::ios::binary)
+                .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+            continue;
+        }
+        const std::vector<uint8_t> expected = fbxtest::ReadAllBytes(golden);
+        ASSERT_FALSE(expected.empty()) << "no golden file " << golden;
+        EXPECT_TRUE(bytes == expected) << "the export differs from " << golden;
+    }
+}
+
 }  // namespace
