@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "fbx/io/fbxio.h"
-#include "tests/fbxio/fbxio_test_util.h"
+#include "tests/fbx/io/fbxio_test_util.h"
 
 namespace {
 

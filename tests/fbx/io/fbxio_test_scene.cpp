@@ -10,7 +10,7 @@
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxscene.h"
 #include "fbx/scene/fbxskeleton.h"
-#include "tests/fbxio/fbxio_test_util.h"
+#include "tests/fbx/io/fbxio_test_util.h"
 
 namespace fbxtest {
 

@@ -11,7 +11,7 @@
 #include <csignal>
 #include <thread>
 
-#include "tests/fbxio/fbxio_test_util.h"
+#include "tests/fbx/io/fbxio_test_util.h"
 
 namespace {
 

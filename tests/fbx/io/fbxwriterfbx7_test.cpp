@@ -8,7 +8,7 @@
 #include "fbx/scene/fbxanimstack.h"
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxscene.h"
-#include "tests/fbxio/fbxio_test_util.h"
+#include "tests/fbx/io/fbxio_test_util.h"
 #include "tests/support/fbxasciireader.h"
 
 namespace {

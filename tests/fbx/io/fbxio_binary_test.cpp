@@ -5,7 +5,7 @@
 
 #include "fbx/io/fbxio.h"
 #include "fbx/io/fbxsourcecheck.h"
-#include "tests/fbxio/fbxio_test_util.h"
+#include "tests/fbx/io/fbxio_test_util.h"
 
 namespace {
 

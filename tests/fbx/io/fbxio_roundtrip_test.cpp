@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "fbx/scene/fbxscene.h"
-#include "tests/fbxio/fbxio_test_util.h"
+#include "tests/fbx/io/fbxio_test_util.h"
 #include "tests/support/fbxassimpscene.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include "fbx/scene/fbxanimcurvenode.h"
 #include "fbx/scene/fbxanimlayer.h"
 #include "fbx/scene/fbxnode.h"
-#include "tests/fbxscene/scenetest.h"
+#include "tests/fbx/scene/scenetest.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "fbx/scene/fbxanimcurve.h"
-#include "tests/fbxscene/scenetest.h"
+#include "tests/fbx/scene/scenetest.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "fbx/io/fbxiopluginregistry.h"
 #include "fbx/scene/fbxscene.h"
-#include "tests/fbxio/fbxio_test_util.h"
+#include "tests/fbx/io/fbxio_test_util.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "fbx/scene/fbxnull.h"
 #include "fbx/scene/fbxskeleton.h"
 #include "fbx/scene/fbxstatus.h"
-#include "tests/fbxscene/scenetest.h"
+#include "tests/fbx/scene/scenetest.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxnull.h"
 #include "fbx/scene/fbxskeleton.h"
-#include "tests/fbxscene/scenetest.h"
+#include "tests/fbx/scene/scenetest.h"
 
 namespace {
 
