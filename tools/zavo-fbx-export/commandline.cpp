@@ -8,6 +8,8 @@
 #include <map>
 #include <optional>
 
+#include <QCommandLineParser>
+
 namespace {
 
 std::string lowered(std::string text) {
@@ -89,49 +91,94 @@ const std::map<std::string, std::pair<const char*, bool>>& flagOptions() {
     return flags;
 }
 
+// Every option the program knows; the texts of --help are usageText()'s, so the options carry
+// names only. A value name marks an option that takes a value.
+QList<QCommandLineOption> knownOptions() {
+    QList<QCommandLineOption> options;
+    for (const char* flag :
+         {"calibration-pose", "no-calibration-pose", "walk-on-the-spot", "no-walk-on-the-spot",
+          "version", "options", "demo", "deterministic", "demo-fingers", "no-demo-fingers"})
+        options.append(QCommandLineOption(QString::fromLatin1(flag)));
+    for (const char* flag : {"h,help", "q,quiet", "v,verbose"})
+        options.append(QCommandLineOption(QString::fromLatin1(flag).split(u',')));
+    for (const char* valued :
+         {"preset", "naming", "unit", "scale", "time-increment", "time-start", "frame-skip",
+          "format", "set", "settings", "plugin", "demo-frames", "demo-rate", "demo-props",
+          "bvh-unit", "bvh-rate", "output-dir", "j,jobs"})
+        options.append(QCommandLineOption(QString::fromLatin1(valued).split(u','), QString(),
+                                          QStringLiteral("VALUE")));
+    return options;
+}
+
+// An option name as the parser reports it, with its dashes.
+std::string dashed(const QString& name) {
+    return (name.size() == 1 ? "-" : "--") + name.toStdString();
+}
+
 class Parser {
 public:
-    explicit Parser(const std::vector<std::string>& arguments) : m_arguments(arguments) {}
+    explicit Parser(const std::vector<std::string>& arguments) : m_arguments(arguments) {
+        m_parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+        m_parser.addOptions(knownOptions());
+    }
 
     CommandLine parse() {
-        bool modeGiven = false;
-        while (m_next < m_arguments.size()) {
-            const std::string argument = m_arguments[m_next++];
-            if (argument == "--") {
-                while (m_next < m_arguments.size()) m_positionals.push_back(m_arguments[m_next++]);
-            } else if (argument.size() > 1 && argument[0] == '-') {
-                const size_t start = m_next - 1;
-                splitValue(argument);
-                if (batchOption()) continue;
-                if (!option(modeGiven)) usageError("unknown option " + m_name);
-                if (m_stop) return m_result;
-                m_result.runOptions.insert(m_result.runOptions.end(), m_arguments.begin() + start,
-                                           m_arguments.begin() + m_next);
-            } else {
-                m_positionals.push_back(argument);
-            }
+        QStringList arguments{QStringLiteral("zavo-fbx-export")};
+        for (const std::string& argument : m_arguments)
+            arguments.append(QString::fromStdString(argument));
+        const bool parsed = m_parser.parse(arguments);
+        // --help and --version answer whatever else the command line holds.
+        for (const QString& name : m_parser.optionNames()) {
+            if (name == u"help" || name == u"h") m_result.mode = CommandLine::Mode::Help;
+            if (name == u"version") m_result.mode = CommandLine::Mode::Version;
+            if (m_result.mode != CommandLine::Mode::Export) return m_result;
         }
+        if (!parsed) usageError(parseProblem());
+        for (const QString& name : m_parser.optionNames()) {
+            m_option = name == u"j" ? QStringLiteral("jobs") : name;
+            m_name = dashed(name);
+            m_valueTaken = false;
+            if (batchOption()) continue;
+            option();
+            m_result.runOptions.push_back(m_name);
+            if (m_valueTaken) m_result.runOptions.push_back(m_value);
+        }
+        for (const QString& positional : m_parser.positionalArguments())
+            m_positionals.push_back(positional.toStdString());
         checkPositionals();
         return m_result;
     }
 
 private:
-    // Splits "--name=value" so that the value is taken from there.
-    void splitValue(const std::string& argument) {
-        const size_t equals = argument.find('=');
-        m_name = argument.substr(0, equals);
-        m_inlineValue.reset();
-        if (equals != std::string::npos) m_inlineValue = argument.substr(equals + 1);
+    // The first fault the parser found, in the program's words.
+    std::string parseProblem() const {
+        if (const QStringList unknown = m_parser.unknownOptionNames(); !unknown.isEmpty())
+            return "unknown option " + spelled(unknown.first());
+        // Qt names the option in quotes: a missing value, or a value given to a flag.
+        const QString name = m_parser.errorText().section(u'\'', 1, 1);
+        for (const QCommandLineOption& option : knownOptions())
+            if (option.names().contains(name.mid(name.startsWith(u"--") ? 2 : 1)))
+                return name.toStdString() +
+                       (option.valueName().isEmpty() ? " takes no value" : " needs a value");
+        return m_parser.errorText().toStdString();
     }
 
+    // An unknown option as the user typed it, one dash or two.
+    std::string spelled(const QString& name) const {
+        for (const std::string& argument : m_arguments) {
+            if (argument == "--") break;
+            const std::string typed = argument.substr(0, argument.find('='));
+            if (typed == "-" + name.toStdString() || typed == "--" + name.toStdString())
+                return typed;
+        }
+        return dashed(name);
+    }
+
+    // The option's next value; every option is read once per time it was given.
     std::string value() {
-        if (m_inlineValue) return *m_inlineValue;
-        if (m_next >= m_arguments.size()) usageError(m_name + " needs a value");
-        return m_arguments[m_next++];
-    }
-
-    void noValue() {
-        if (m_inlineValue) usageError(m_name + " takes no value");
+        m_valueTaken = true;
+        m_value = m_parser.values(m_option).at(m_taken[m_option]++).toStdString();
+        return m_value;
     }
 
     bool batchOption() {
@@ -150,10 +197,8 @@ private:
         return true;
     }
 
-    bool option(bool& modeGiven) {
-        if (settingOption()) return true;
-        if (modeOption(modeGiven)) return true;
-        return otherOption();
+    void option() {
+        if (!settingOption() && !modeOption()) otherOption();
     }
 
     bool settingOption() {
@@ -168,7 +213,6 @@ private:
             invalidSetting(m_name, text, choice.expected);
         }
         if (const auto flag = flagOptions().find(m_name); flag != flagOptions().end()) {
-            noValue();
             m_result.settings.emplace_back(flag->second.first, flag->second.second);
             return true;
         }
@@ -194,35 +238,24 @@ private:
         return true;
     }
 
-    bool modeOption(bool& modeGiven) {
-        using Mode = CommandLine::Mode;
-        static const std::map<std::string, Mode> modes = {{"--help", Mode::Help},
-                                                          {"-h", Mode::Help},
-                                                          {"--version", Mode::Version},
-                                                          {"--options", Mode::Options},
-                                                          {"--demo", Mode::Export}};
-        const auto mode = modes.find(m_name);
-        if (mode == modes.end()) return false;
-        noValue();
-        if (mode->second == Mode::Help || mode->second == Mode::Version) {
-            m_result.mode = mode->second;
-            m_stop = true;
-            return true;
-        }
-        if (modeGiven) usageError("--demo and --options exclude each other");
-        modeGiven = true;
-        m_result.mode = mode->second;
-        m_result.demo = m_name == "--demo";
+    bool modeOption() {
+        if (m_name == "--options")
+            m_result.mode = CommandLine::Mode::Options;
+        else if (m_name == "--demo")
+            m_result.demo = true;
+        else
+            return false;
+        if (m_result.demo && m_result.mode == CommandLine::Mode::Options)
+            usageError("--demo and --options exclude each other");
         return true;
     }
 
-    bool otherOption() {
+    void otherOption() {
         if (m_name == "--settings") {
             m_result.settingsFile = value();
         } else if (m_name == "--plugin") {
             m_result.pluginPath = value();
         } else if (m_name == "--deterministic" || m_name == "--quiet" || m_name == "-q") {
-            noValue();
             (m_name == "--deterministic" ? m_result.deterministic : m_result.quiet) = true;
         } else if (m_name == "--demo-frames" || m_name == "--demo-props") {
             const std::string text = value();
@@ -239,7 +272,6 @@ private:
                 usageError("--demo-rate " + text + ": expected a number above 0");
             m_result.demoTake.frameRate = *rate;
         } else if (m_name == "--demo-fingers" || m_name == "--no-demo-fingers") {
-            noValue();
             m_result.demoTake.fingers = m_name == "--demo-fingers";
         } else if (m_name == "--bvh-rate") {
             const std::string text = value();
@@ -248,7 +280,6 @@ private:
                 usageError("--bvh-rate " + text + ": expected frames per second above 0");
             m_result.bvhFrameRate = *rate;
         } else if (m_name == "--verbose" || m_name == "-v") {
-            noValue();
             m_result.verbose = true;
         } else if (m_name == "--bvh-unit") {
             const std::string text = value();
@@ -257,10 +288,7 @@ private:
                 usageError(
                     "--bvh-unit " + text +
                     ": expected millimeters, centimeters, meters, inches or metres per unit");
-        } else {
-            return false;
         }
-        return true;
     }
 
     void checkBatch() {
@@ -286,11 +314,13 @@ private:
     }
 
     const std::vector<std::string>& m_arguments;
-    size_t m_next = 0;
-    std::string m_name;
-    std::optional<std::string> m_inlineValue;
+    QCommandLineParser m_parser;
+    QString m_option;                // the option at hand, by its long name
+    std::string m_name;              // and as given, with its dashes
+    std::map<QString, int> m_taken;  // values read so far, per option
+    bool m_valueTaken = false;
+    std::string m_value;
     std::vector<std::string> m_positionals;
-    bool m_stop = false;
     CommandLine m_result;
 };
 

@@ -81,6 +81,19 @@ TEST(CommandLine, TellsUsageErrorsFromInvalidSettings) {
         {"--output-dir out --demo", 2, "--demo and --output-dir exclude each other"},
         {"--jobs 2 a b", 2, "--jobs needs --output-dir"},
         {"--output-dir out -j 0 a", 2, "-j 0: expected a whole number from 1"},
+        {"--output-dir out --jobs=x a", 2, "--jobs x: expected a whole number from 1"},
+        {"--output-dir= a", 2, "--output-dir needs a folder"},
+        {"--output-dir out --options", 2, "--options takes no files"},
+        {"--options --demo", 2, "--demo and --options exclude each other"},
+        // How options are spelled: one dash or two, a value after '=' or in the next argument.
+        {"-bogus a b", 2, "unknown option -bogus"},
+        {"--bogus=1 a b", 2, "unknown option --bogus"},
+        {"-qv a b", 2, "unknown option -qv"},
+        {"-j2 a b", 2, "unknown option -j2"},
+        {"a b -j", 2, "-j needs a value"},
+        {"--demo=1 x.fbx", 2, "--demo takes no value"},
+        {"--preset --demo x.fbx", 1, "invalid setting --preset --demo: expected skeleton or nodes"},
+        {"--scale 1e999 a b", 1, "invalid setting --scale 1e999: expected a number above 0"},
     };
     for (const auto& [arguments, status, message] : cases) {
         try {
@@ -91,6 +104,46 @@ TEST(CommandLine, TellsUsageErrorsFromInvalidSettings) {
             EXPECT_EQ(error.what(), message);
         }
     }
+}
+
+TEST(CommandLine, RepeatedOptionsApplyInTheOrderGiven) {
+    const CommandLine command = parse(
+        "--set naming=a --naming unreal --scale 2 --set naming=b -scale=3 --no-demo-fingers "
+        "--demo-fingers --demo d.fbx");
+    const std::vector<std::pair<QString, QVariant>> expected = {{"naming", "a"},
+                                                                {"naming", "unreal"},
+                                                                {"outputScale", 2.0},
+                                                                {"naming", "b"},
+                                                                {"outputScale", 3.0}};
+    EXPECT_EQ(command.settings, expected);
+    EXPECT_TRUE(command.demoTake.fingers);
+    EXPECT_EQ(parse("--output-dir o -j 2 --jobs=3 a").jobs, 3);
+}
+
+// --help and --version answer before anything else on the command line is judged.
+TEST(CommandLine, HelpAndVersionWinOverFaults) {
+    EXPECT_EQ(parse("--bogus --help").mode, CommandLine::Mode::Help);
+    EXPECT_EQ(parse("--preset mesh -h").mode, CommandLine::Mode::Help);
+    EXPECT_EQ(parse("a b --version --bogus").mode, CommandLine::Mode::Version);
+    EXPECT_EQ(parse("--version --help").mode, CommandLine::Mode::Version);
+}
+
+TEST(CommandLine, KnowsEveryOptionItsHelpNames) {
+    const std::string help = usageText();
+    size_t checked = 0;
+    for (size_t at = help.find(" -"); at != std::string::npos; at = help.find(" -", at + 1)) {
+        const size_t end = help.find_first_of(" ,\n|=):]", at + 1);
+        const std::string option = help.substr(at + 1, end - at - 1);
+        if (option.size() < 2 || option == "--") continue;
+        try {
+            parse(option + " x a b");
+        } catch (const CommandLineError& error) {
+            EXPECT_EQ(std::string(error.what()).find("unknown option"), std::string::npos)
+                << option;
+        }
+        ++checked;
+    }
+    EXPECT_GT(checked, 30u);
 }
 
 TEST(CommandLine, BatchKeepsEveryOtherOptionForItsRuns) {
