@@ -1,14 +1,14 @@
 #include "commandline.h"
 
+#include <QCommandLineParser>
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <climits>
 #include <cmath>
 #include <functional>
 #include <map>
 #include <optional>
-
-#include <QCommandLineParser>
 
 namespace {
 
@@ -38,76 +38,154 @@ std::optional<int> parseInteger(const std::string& text) {
     throw CommandLineError(2, message);
 }
 
-[[noreturn]] void invalidSetting(const std::string& option, const std::string& value,
-                                 const std::string& expected) {
-    throw CommandLineError(1, "invalid setting " + option + " " + value + ": expected " + expected);
-}
-
-// The stored value for each choice of an enumerated setting option.
-struct Choice {
-    const char* name;
-    QVariant value;
+// One option as given: its name with its dashes, and its value (empty for a flag).
+struct Given {
+    std::string name;
+    std::string value;
 };
 
-struct ChoiceOption {
-    const char* option;
-    const char* key;
-    std::vector<Choice> choices;
-    const char* expected;
+// A value that does not fit its option: a malformed command line (exit status 2), or, for an
+// export setting, a setting the run cannot use (exit status 1).
+[[noreturn]] void refuse(const Given& given, const std::string& expected, bool setting) {
+    const std::string message = given.name + " " + given.value + ": expected " + expected;
+    throw CommandLineError(setting ? 1 : 2, setting ? "invalid setting " + message : message);
+}
+
+int wholeNumber(const Given& given, int from, int to, const std::string& expected,
+                bool setting = false) {
+    const auto number = parseInteger(given.value);
+    if (!number || *number < from || *number > to) refuse(given, expected, setting);
+    return *number;
+}
+
+double numberAboveZero(const Given& given, const std::string& expected, bool setting = false) {
+    const auto number = parseNumber(given.value);
+    if (!number || *number <= 0.0) refuse(given, expected, setting);
+    return *number;
+}
+
+using Apply = std::function<void(CommandLine&, const Given&)>;
+
+// An enumerated setting: stores the value of the choice given, as the options page stores it.
+Apply choice(const char* key, std::vector<std::pair<const char*, QVariant>> choices) {
+    return [key, choices = std::move(choices)](CommandLine& command, const Given& given) {
+        for (const auto& [name, value] : choices)
+            if (lowered(given.value) == name) return command.settings.emplace_back(key, value);
+        std::string expected = choices.front().first;
+        for (size_t i = 1; i < choices.size(); ++i)
+            expected += (i + 1 < choices.size() ? ", " : " or ") + std::string(choices[i].first);
+        refuse(given, expected, true);
+    };
+}
+
+// A setting that a flag turns on or off.
+Apply setting(const char* key, bool value) {
+    return [key, value](CommandLine& command, const Given&) {
+        command.settings.emplace_back(key, value);
+    };
+}
+
+void setSetting(CommandLine& command, const Given& given) {
+    const size_t equals = given.value.find('=');
+    if (equals == 0 || equals == std::string::npos) usageError("--set needs KEY=VALUE");
+    command.settings.emplace_back(QString::fromStdString(given.value.substr(0, equals)),
+                                  QString::fromStdString(given.value.substr(equals + 1)));
+}
+
+void checkModes(const CommandLine& command) {
+    if (command.demo && command.mode == CommandLine::Mode::Options)
+        usageError("--demo and --options exclude each other");
+}
+
+// What an option does to the command line; batch options are not passed on to the runs.
+struct OptionRule {
+    const char* names;  // comma-separated, without dashes
+    enum Takes { Flag, Value, BatchValue } takes;
+    Apply apply;
 };
 
-const std::vector<ChoiceOption>& choiceOptions() {
-    // The options page stores units as these numbers: whole ones as integers.
-    static const std::vector<ChoiceOption> options = {
-        {"--preset", "outputPreset", {{"skeleton", 1}, {"nodes", 0}}, "skeleton or nodes"},
-        {"--naming", "naming", {{"default", "default"}, {"unreal", "unreal"}}, "default or unreal"},
-        {"--unit",
-         "outputScale",
-         {{"millimeters", 1000},
-          {"centimeters", 100},
-          {"decimeters", 10},
-          {"meters", 1},
-          {"kilometers", 0.001},
-          {"feet", 3.2808399},
-          {"inches", 39.3700787}},
-         "millimeters, centimeters, decimeters, meters, kilometers, feet or inches"},
-        {"--time-increment",
-         "timeIncrementMode",
-         {{"fixed", 0}, {"dynamic", 1}},
-         "fixed or dynamic"},
-        {"--time-start", "timeStart", {{"zero", 0}, {"real", 1}}, "zero or real"},
-        {"--format", "exportFormat", {{"binary", "binary"}, {"ascii", "ascii"}}, "binary or ascii"},
-    };
-    return options;
-}
+using C = CommandLine;
+using G = Given;
+using R = OptionRule;
 
-const std::map<std::string, std::pair<const char*, bool>>& flagOptions() {
-    static const std::map<std::string, std::pair<const char*, bool>> flags = {
-        {"--calibration-pose", {"useCalibrationPose", true}},
-        {"--no-calibration-pose", {"useCalibrationPose", false}},
-        {"--walk-on-the-spot", {"walkOnTheSpot", true}},
-        {"--no-walk-on-the-spot", {"walkOnTheSpot", false}},
+const std::vector<OptionRule>& rules() {
+    static const std::vector<OptionRule> all = {
+        {"preset", R::Value, choice("outputPreset", {{"skeleton", 1}, {"nodes", 0}})},
+        {"naming", R::Value, choice("naming", {{"default", "default"}, {"unreal", "unreal"}})},
+        // The options page stores units as these numbers: whole ones as integers.
+        {"unit", R::Value,
+         choice("outputScale", {{"millimeters", 1000},
+                                {"centimeters", 100},
+                                {"decimeters", 10},
+                                {"meters", 1},
+                                {"kilometers", 0.001},
+                                {"feet", 3.2808399},
+                                {"inches", 39.3700787}})},
+        {"scale", R::Value,
+         [](C& c, const G& g) {
+             c.settings.emplace_back("outputScale", numberAboveZero(g, "a number above 0", true));
+         }},
+        {"time-increment", R::Value, choice("timeIncrementMode", {{"fixed", 0}, {"dynamic", 1}})},
+        {"time-start", R::Value, choice("timeStart", {{"zero", 0}, {"real", 1}})},
+        {"calibration-pose", R::Flag, setting("useCalibrationPose", true)},
+        {"no-calibration-pose", R::Flag, setting("useCalibrationPose", false)},
+        {"frame-skip", R::Value,
+         [](C& c, const G& g) {
+             c.settings.emplace_back("frameSkip",
+                                     wholeNumber(g, 0, INT_MAX, "a whole number from 0", true));
+         }},
+        {"walk-on-the-spot", R::Flag, setting("walkOnTheSpot", true)},
+        {"no-walk-on-the-spot", R::Flag, setting("walkOnTheSpot", false)},
+        {"format", R::Value, choice("exportFormat", {{"binary", "binary"}, {"ascii", "ascii"}})},
+        {"set", R::Value, setSetting},
+        {"settings", R::Value, [](C& c, const G& g) { c.settingsFile = g.value; }},
+        {"plugin", R::Value, [](C& c, const G& g) { c.pluginPath = g.value; }},
+        {"deterministic", R::Flag, [](C& c, const G&) { c.deterministic = true; }},
+        {"demo-frames", R::Value,
+         [](C& c, const G& g) {
+             c.demoTake.frames = wholeNumber(g, 1, INT_MAX, "a whole number from 1");
+         }},
+        {"demo-rate", R::Value,
+         [](C& c, const G& g) { c.demoTake.frameRate = numberAboveZero(g, "a number above 0"); }},
+        {"demo-fingers", R::Flag, [](C& c, const G&) { c.demoTake.fingers = true; }},
+        {"no-demo-fingers", R::Flag, [](C& c, const G&) { c.demoTake.fingers = false; }},
+        {"demo-props", R::Value,
+         [](C& c, const G& g) {
+             c.demoTake.props = wholeNumber(g, 0, 4, "a whole number from 0 to 4");
+         }},
+        {"bvh-unit", R::Value,
+         [](C& c, const G& g) {
+             c.bvhMetresPerUnit = bvhUnitFromText(g.value);
+             if (c.bvhMetresPerUnit <= 0.0)
+                 refuse(g, "millimeters, centimeters, meters, inches or metres per unit", false);
+         }},
+        {"bvh-rate", R::Value,
+         [](C& c, const G& g) {
+             c.bvhFrameRate = numberAboveZero(g, "frames per second above 0");
+         }},
+        {"v,verbose", R::Flag, [](C& c, const G&) { c.verbose = true; }},
+        {"q,quiet", R::Flag, [](C& c, const G&) { c.quiet = true; }},
+        {"demo", R::Flag,
+         [](C& c, const G&) {
+             c.demo = true;
+             checkModes(c);
+         }},
+        {"options", R::Flag,
+         [](C& c, const G&) {
+             c.mode = C::Mode::Options;
+             checkModes(c);
+         }},
+        {"h,help", R::Flag, [](C& c, const G&) { c.mode = C::Mode::Help; }},
+        {"version", R::Flag, [](C& c, const G&) { c.mode = C::Mode::Version; }},
+        {"output-dir", R::BatchValue,
+         [](C& c, const G& g) {
+             c.outputDir = g.value;
+             if (c.outputDir.empty()) usageError("--output-dir needs a folder");
+         }},
+        {"j,jobs", R::BatchValue,
+         [](C& c, const G& g) { c.jobs = wholeNumber(g, 1, INT_MAX, "a whole number from 1"); }},
     };
-    return flags;
-}
-
-// Every option the program knows; the texts of --help are usageText()'s, so the options carry
-// names only. A value name marks an option that takes a value.
-QList<QCommandLineOption> knownOptions() {
-    QList<QCommandLineOption> options;
-    for (const char* flag :
-         {"calibration-pose", "no-calibration-pose", "walk-on-the-spot", "no-walk-on-the-spot",
-          "version", "options", "demo", "deterministic", "demo-fingers", "no-demo-fingers"})
-        options.append(QCommandLineOption(QString::fromLatin1(flag)));
-    for (const char* flag : {"h,help", "q,quiet", "v,verbose"})
-        options.append(QCommandLineOption(QString::fromLatin1(flag).split(u',')));
-    for (const char* valued :
-         {"preset", "naming", "unit", "scale", "time-increment", "time-start", "frame-skip",
-          "format", "set", "settings", "plugin", "demo-frames", "demo-rate", "demo-props",
-          "bvh-unit", "bvh-rate", "output-dir", "j,jobs"})
-        options.append(QCommandLineOption(QString::fromLatin1(valued).split(u','), QString(),
-                                          QStringLiteral("VALUE")));
-    return options;
+    return all;
 }
 
 // An option name as the parser reports it, with its dashes.
@@ -119,7 +197,10 @@ class Parser {
 public:
     explicit Parser(const std::vector<std::string>& arguments) : m_arguments(arguments) {
         m_parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-        m_parser.addOptions(knownOptions());
+        for (const OptionRule& rule : rules())
+            m_parser.addOption(QCommandLineOption(
+                QString::fromLatin1(rule.names).split(u','), QString(),
+                rule.takes != OptionRule::Flag ? QStringLiteral("VALUE") : QString()));
     }
 
     CommandLine parse() {
@@ -128,20 +209,22 @@ public:
             arguments.append(QString::fromStdString(argument));
         const bool parsed = m_parser.parse(arguments);
         // --help and --version answer whatever else the command line holds.
-        for (const QString& name : m_parser.optionNames()) {
-            if (name == u"help" || name == u"h") m_result.mode = CommandLine::Mode::Help;
-            if (name == u"version") m_result.mode = CommandLine::Mode::Version;
-            if (m_result.mode != CommandLine::Mode::Export) return m_result;
-        }
+        for (const QString& name : m_parser.optionNames())
+            if (name == u"h" || name == u"help" || name == u"version") {
+                rule(name).apply(m_result, {});
+                return m_result;
+            }
         if (!parsed) usageError(parseProblem());
+        std::map<const OptionRule*, int> valuesRead;
         for (const QString& name : m_parser.optionNames()) {
-            m_option = name == u"j" ? QStringLiteral("jobs") : name;
-            m_name = dashed(name);
-            m_valueTaken = false;
-            if (batchOption()) continue;
-            option();
-            m_result.runOptions.push_back(m_name);
-            if (m_valueTaken) m_result.runOptions.push_back(m_value);
+            const OptionRule& option = rule(name);
+            Given given{dashed(name), {}};
+            if (option.takes != OptionRule::Flag)
+                given.value = m_parser.values(name).at(valuesRead[&option]++).toStdString();
+            option.apply(m_result, given);
+            if (option.takes == OptionRule::BatchValue) continue;
+            m_result.runOptions.push_back(given.name);
+            if (option.takes == OptionRule::Value) m_result.runOptions.push_back(given.value);
         }
         for (const QString& positional : m_parser.positionalArguments())
             m_positionals.push_back(positional.toStdString());
@@ -150,17 +233,22 @@ public:
     }
 
 private:
+    static const OptionRule& rule(const QString& name) {
+        return *std::find_if(rules().begin(), rules().end(), [&](const OptionRule& rule) {
+            return QString::fromLatin1(rule.names).split(u',').contains(name);
+        });
+    }
+
     // The first fault the parser found, in the program's words.
     std::string parseProblem() const {
         if (const QStringList unknown = m_parser.unknownOptionNames(); !unknown.isEmpty())
             return "unknown option " + spelled(unknown.first());
         // Qt names the option in quotes: a missing value, or a value given to a flag.
         const QString name = m_parser.errorText().section(u'\'', 1, 1);
-        for (const QCommandLineOption& option : knownOptions())
-            if (option.names().contains(name.mid(name.startsWith(u"--") ? 2 : 1)))
-                return name.toStdString() +
-                       (option.valueName().isEmpty() ? " takes no value" : " needs a value");
-        return m_parser.errorText().toStdString();
+        const QString bare = name.mid(name.startsWith(u"--") ? 2 : 1);
+        if (!m_parser.optionNames().contains(bare)) return m_parser.errorText().toStdString();
+        return name.toStdString() +
+               (rule(bare).takes != OptionRule::Flag ? " needs a value" : " takes no value");
     }
 
     // An unknown option as the user typed it, one dash or two.
@@ -172,123 +260,6 @@ private:
                 return typed;
         }
         return dashed(name);
-    }
-
-    // The option's next value; every option is read once per time it was given.
-    std::string value() {
-        m_valueTaken = true;
-        m_value = m_parser.values(m_option).at(m_taken[m_option]++).toStdString();
-        return m_value;
-    }
-
-    bool batchOption() {
-        if (m_name == "--output-dir") {
-            m_result.outputDir = value();
-            if (m_result.outputDir.empty()) usageError("--output-dir needs a folder");
-        } else if (m_name == "--jobs" || m_name == "-j") {
-            const std::string text = value();
-            const auto jobs = parseInteger(text);
-            if (!jobs || *jobs < 1)
-                usageError(m_name + " " + text + ": expected a whole number from 1");
-            m_result.jobs = *jobs;
-        } else {
-            return false;
-        }
-        return true;
-    }
-
-    void option() {
-        if (!settingOption() && !modeOption()) otherOption();
-    }
-
-    bool settingOption() {
-        for (const ChoiceOption& choice : choiceOptions()) {
-            if (m_name != choice.option) continue;
-            const std::string text = value();
-            for (const Choice& c : choice.choices)
-                if (lowered(text) == c.name) {
-                    m_result.settings.emplace_back(choice.key, c.value);
-                    return true;
-                }
-            invalidSetting(m_name, text, choice.expected);
-        }
-        if (const auto flag = flagOptions().find(m_name); flag != flagOptions().end()) {
-            m_result.settings.emplace_back(flag->second.first, flag->second.second);
-            return true;
-        }
-        if (m_name == "--scale") {
-            const std::string text = value();
-            const auto scale = parseNumber(text);
-            if (!scale || *scale <= 0.0) invalidSetting(m_name, text, "a number above 0");
-            m_result.settings.emplace_back("outputScale", *scale);
-        } else if (m_name == "--frame-skip") {
-            const std::string text = value();
-            const auto skip = parseInteger(text);
-            if (!skip || *skip < 0) invalidSetting(m_name, text, "a whole number from 0");
-            m_result.settings.emplace_back("frameSkip", *skip);
-        } else if (m_name == "--set") {
-            const std::string text = value();
-            const size_t equals = text.find('=');
-            if (equals == 0 || equals == std::string::npos) usageError("--set needs KEY=VALUE");
-            m_result.settings.emplace_back(QString::fromStdString(text.substr(0, equals)),
-                                           QString::fromStdString(text.substr(equals + 1)));
-        } else {
-            return false;
-        }
-        return true;
-    }
-
-    bool modeOption() {
-        if (m_name == "--options")
-            m_result.mode = CommandLine::Mode::Options;
-        else if (m_name == "--demo")
-            m_result.demo = true;
-        else
-            return false;
-        if (m_result.demo && m_result.mode == CommandLine::Mode::Options)
-            usageError("--demo and --options exclude each other");
-        return true;
-    }
-
-    void otherOption() {
-        if (m_name == "--settings") {
-            m_result.settingsFile = value();
-        } else if (m_name == "--plugin") {
-            m_result.pluginPath = value();
-        } else if (m_name == "--deterministic" || m_name == "--quiet" || m_name == "-q") {
-            (m_name == "--deterministic" ? m_result.deterministic : m_result.quiet) = true;
-        } else if (m_name == "--demo-frames" || m_name == "--demo-props") {
-            const std::string text = value();
-            const auto number = parseInteger(text);
-            const bool frames = m_name == "--demo-frames";
-            if (!number || *number < (frames ? 1 : 0) || (!frames && *number > 4))
-                usageError(m_name + " " + text + ": expected " +
-                           (frames ? "a whole number from 1" : "a whole number from 0 to 4"));
-            (frames ? m_result.demoTake.frames : m_result.demoTake.props) = *number;
-        } else if (m_name == "--demo-rate") {
-            const std::string text = value();
-            const auto rate = parseNumber(text);
-            if (!rate || *rate <= 0.0)
-                usageError("--demo-rate " + text + ": expected a number above 0");
-            m_result.demoTake.frameRate = *rate;
-        } else if (m_name == "--demo-fingers" || m_name == "--no-demo-fingers") {
-            m_result.demoTake.fingers = m_name == "--demo-fingers";
-        } else if (m_name == "--bvh-rate") {
-            const std::string text = value();
-            const auto rate = parseNumber(text);
-            if (!rate || *rate <= 0.0)
-                usageError("--bvh-rate " + text + ": expected frames per second above 0");
-            m_result.bvhFrameRate = *rate;
-        } else if (m_name == "--verbose" || m_name == "-v") {
-            m_result.verbose = true;
-        } else if (m_name == "--bvh-unit") {
-            const std::string text = value();
-            m_result.bvhMetresPerUnit = bvhUnitFromText(text);
-            if (m_result.bvhMetresPerUnit <= 0.0)
-                usageError(
-                    "--bvh-unit " + text +
-                    ": expected millimeters, centimeters, meters, inches or metres per unit");
-        }
     }
 
     void checkBatch() {
@@ -315,11 +286,6 @@ private:
 
     const std::vector<std::string>& m_arguments;
     QCommandLineParser m_parser;
-    QString m_option;                // the option at hand, by its long name
-    std::string m_name;              // and as given, with its dashes
-    std::map<QString, int> m_taken;  // values read so far, per option
-    bool m_valueTaken = false;
-    std::string m_value;
     std::vector<std::string> m_positionals;
     CommandLine m_result;
 };
