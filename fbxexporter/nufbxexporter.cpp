@@ -16,6 +16,7 @@
 #include "fbx/scene/fbxscene.h"
 #include "fbxglue.h"
 #include "nutypes/nuexception.h"
+#include "zavoversion.h"
 
 namespace {
 
@@ -134,7 +135,7 @@ void NuFbxExporter::createDocumentInfo() {
     info->mSubject = "Export of an Nuvia ZAVO Motion Capture";
     info->mAuthor = "Nuvia ZAVO";
     info->mKeywords = "ZAVO Mocap Motion Capture";
-    info->mRevision = "2026.4.0";
+    info->mRevision = ZavoVersion::Text;
     info->mComment = utf8(m_host.userComment());
     m_scene->SetSceneInfo(info);
 }

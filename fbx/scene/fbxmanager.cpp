@@ -1,6 +1,7 @@
 #include "fbx/scene/fbxmanager.h"
 
 #include "fbx/scene/fbxdocument.h"
+#include "zavoversion.h"
 
 FbxManager* FbxManager::Create() {
     return new FbxManager();
@@ -22,7 +23,7 @@ FbxManager::~FbxManager() {
 }
 
 const char* FbxManager::GetVersion(bool) {
-    return "2026.4.0";
+    return ZavoVersion::Text;
 }
 
 void FbxManager::GetFileFormatVersion(int& major, int& minor, int& revision) {

@@ -17,7 +17,7 @@ public:
     // Frees the manager and every object it created.
     void Destroy();
 
-    // "2026.4.0" in both forms.
+    // The product version, "major.minor.revision", in both forms.
     static const char* GetVersion(bool full = true);
     static void GetFileFormatVersion(int& major, int& minor, int& revision);
 

@@ -9,6 +9,7 @@
 #include "fbxexporteroptionspage.h"
 #include "nutypes/nutimestamp.h"
 #include "nutypes/nuversion.h"
+#include "zavoversion.h"
 
 namespace {
 
@@ -42,7 +43,9 @@ QString FbxExporterFactory::extension() const {
 }
 
 QString FbxExporterFactory::version() const {
-    const NuVersion version{2026, 4, 0, 260430012, 1777549956, "built on 2026-04-30"};
+    const NuVersion version{ZavoVersion::Major,     ZavoVersion::Minor,
+                            ZavoVersion::Revision,  ZavoVersion::BuildNumber,
+                            ZavoVersion::BuildTime, ZavoVersion::BuildNote};
     return QString::fromStdString(NuVersion_toString(version));
 }
 

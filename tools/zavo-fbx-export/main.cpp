@@ -11,6 +11,7 @@
 #include "program.h"
 #include "runerror.h"
 #include "takeerror.h"
+#include "zavoversion.h"
 
 namespace {
 
@@ -48,7 +49,7 @@ int main(int argc, char** argv) {
         return ExitWritten;
     }
     if (command.mode == CommandLine::Mode::Version) {
-        std::printf("zavo-fbx-export %s (Qt %s)\n", ZAVO_VERSION, qVersion());
+        std::printf("zavo-fbx-export %s (Qt %s)\n", ZavoVersion::Text, qVersion());
         return ExitWritten;
     }
     const bool options = command.mode == CommandLine::Mode::Options;

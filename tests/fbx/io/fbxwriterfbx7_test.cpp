@@ -10,6 +10,7 @@
 #include "fbx/scene/fbxscene.h"
 #include "tests/fbx/io/fbxio_test_util.h"
 #include "tests/support/fbxasciireader.h"
+#include "zavoversion.h"
 
 namespace {
 
@@ -64,7 +65,8 @@ TEST(FbxWriterFbx7, SectionsHeaderAndDefinitions) {
         Names(header->children));
     EXPECT_EQ("I127", Texts(header->Find("OtherFlags/TCDefinition")->values));
     EXPECT_EQ("SSceneInfo\0\x01SceneInfo SUserData"s, Texts(header->Find("SceneInfo")->values));
-    EXPECT_EQ("SNuvia FBX Writer version 2026.4.0 build=0", Texts(file.Find("Creator")->values));
+    EXPECT_EQ("SNuvia FBX Writer version "s + ZavoVersion::Text + " build=0",
+              Texts(file.Find("Creator")->values));
 
     // Deterministic files take every time-derived byte from the zero time.
     for (const Record& field : header->Find("CreationTimeStamp")->children) {

@@ -11,6 +11,7 @@
 
 #include "fakehost.h"
 #include "loadedplugin.h"
+#include "zavoversion.h"
 
 TEST(FbxExporterPlugin, MetadataNamesTheFactoryAndNothingElse) {
     QPluginLoader loader(QStringLiteral(FBXEXPORTER_PLUGIN_PATH));
@@ -57,10 +58,12 @@ TEST(FbxExporterPlugin, OneInstanceAnsweringTheFactoryInterfaces) {
 
 TEST(FbxExporterPlugin, FactoryDescribesTheExporterAndRegistersItsSettings) {
     AbstractExporterFactory& factory = *pluginFactory();
+    const QString version = QString::fromLatin1(ZavoVersion::Text) + '.' +
+                            QString::number(ZavoVersion::BuildNumber) + ' ' +
+                            QString::fromLatin1(ZavoVersion::BuildNote);
     EXPECT_EQ(
         QStringList({factory.trName(), factory.orgName(), factory.extension(), factory.version()}),
-        QStringList(
-            {"FBX Exporter", "FBX Exporter", "fbx", "2026.4.0.260430012 built on 2026-04-30"}));
+        QStringList({"FBX Exporter", "FBX Exporter", "fbx", version}));
     EXPECT_EQ(factory.type(), 1);
     EXPECT_TRUE(factory.supportsObjectExporting());
     EXPECT_FALSE(factory.supportsParallelExporting());
