@@ -1,5 +1,6 @@
 #include "fbxexporterglobal.h"
 
+#include "axisconvention.h"
 #include "channelkeying.h"
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxnull.h"
@@ -18,17 +19,13 @@ SegmentState hostSegment(const ZavoPoseObject& pose, int i) {
     return {firstThree(pose.pos_g(i)), pose.q_gb(i, PoseBase_Global)};
 }
 
-// Finger joint k of the exported ones, counted over both hands: the left hand's 15 first.
+// Exported finger k of both hands.
 SegmentState fingerJoint(const ZavoPoseObject& pose, int k) {
-    const NuHandId hand =
-        k < SkeletonDefinition::ExportedFingersPerHand ? NuHand_Left : NuHand_Right;
-    if (hand == NuHand_Right) k -= SkeletonDefinition::ExportedFingersPerHand;
-    const int joint = 4 * k / 3 + 1;  // skips the untracked base joints 0, 4, 8, 12, 16
+    const SkeletonDefinition::ExportedFinger f = SkeletonDefinition::exportedFinger(k);
     // A frame without finger data shows the fingers unrotated at the origin.
-    const KexSegmentPose finger =
-        pose.hasFingerTrackingData() && joint < SkeletonDefinition::FingerJointCount
-            ? pose.fingerTrackingData(hand, joint)
-            : KexSegmentPose{};
+    const KexSegmentPose finger = pose.hasFingerTrackingData() && f.joint >= 0
+                                      ? pose.fingerTrackingData(f.hand, f.joint)
+                                      : KexSegmentPose{};
     return {nuvia::Vector3(finger.position), finger.orientation};
 }
 
@@ -86,7 +83,7 @@ bool FbxExporterGlobal::exportFrame(int frame) {
     if (!useThisFrame(frame)) return true;
     ZavoPoseObject pose;
     if (!prepareFrame(frame, pose)) return true;
-    const nuvia::Vector3 pelvis(pose.pos_g(0));
+    const nuvia::Vector3 pelvis = toFbxAxes(nuvia::Vector3(pose.pos_g(0)));
     const int hostSegments = pose.segmentStateCount();
     nuvia::Vector3 euler;
     for (int i = 0; i < static_cast<int>(m_segmentNodeNames.size()); ++i) {
@@ -95,15 +92,16 @@ bool FbxExporterGlobal::exportFrame(int frame) {
         FbxNode* node = segment->node;
         const SegmentState s =
             i < hostSegments ? hostSegment(pose, i) : fingerJoint(pose, i - hostSegments);
-        // Host axes 1, 2, 0 are FBX X, Y, Z. Walking on the spot keeps every segment's horizontal
-        // position relative to the pelvis of the same frame.
-        const nuvia::Vector3& g = s.position;
-        const double x = m_walkOnTheSpot ? g[1] - pelvis[1] : g[1];
-        const double z = m_walkOnTheSpot ? g[0] - pelvis[0] : g[0];
-        segment->translation.key(node->LclTranslation, m_animLayer, m_keyTime, x * m_outputScale,
-                                 g[2] * m_outputScale, z * m_outputScale, m_exportedFrameCount);
-        const NuQuaternion& q = s.orientation;
-        nuvia::Quaternion(q.w, q.y, q.z, q.x).toEuler(euler);
+        // Walking on the spot keeps every segment's horizontal position relative to the pelvis
+        // of the same frame.
+        nuvia::Vector3 p = toFbxAxes(s.position);
+        if (m_walkOnTheSpot) {
+            p[0] -= pelvis[0];
+            p[2] -= pelvis[2];
+        }
+        segment->translation.key(node->LclTranslation, m_animLayer, m_keyTime, p[0] * m_outputScale,
+                                 p[1] * m_outputScale, p[2] * m_outputScale, m_exportedFrameCount);
+        toFbxAxes(s.orientation).toEuler(euler);
         segment->rotation.key(node->LclRotation, m_animLayer, m_keyTime, euler[0], euler[1],
                               euler[2], m_exportedFrameCount);
     }

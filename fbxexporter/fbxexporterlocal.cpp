@@ -2,17 +2,12 @@
 
 #include <QHash>
 
+#include "axisconvention.h"
 #include "channelkeying.h"
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxscene.h"
 #include "fbx/scene/fbxskeleton.h"
-
-namespace {
-
-// Finger joints of both hands, added to the host's segments when the calibration pose has them.
-constexpr int FingerSegments = 30;
-
-}  // namespace
+#include "skeletondefinition.h"
 
 FbxExporterLocal::FbxExporterLocal(AbstractZavoStudioPluginInterface& host,
                                    AbstractSettingsSynchronizer* settings)
@@ -30,11 +25,12 @@ bool FbxExporterLocal::initScene(const QString& name) {
     if (!isUsablePose(nullPose)) nullPose = first;
     m_poseTransform = std::make_unique<PoseTransformFbx>(nullPose, m_host.jointInfoList(),
                                                          static_cast<Naming>(m_naming));
-    // The take's own segment count decides how many joints are made; it matches the skeleton
-    // when every prop of the take has a joint.
-    const int count = std::min(
-        first.segmentStateCount() + (nullPose.hasFingerTrackingData() ? FingerSegments : 0),
-        m_poseTransform->getSegmentCount());
+    // The take's own segment count, with the fingers when the calibration pose has them, decides
+    // how many joints are made; it matches the skeleton when every prop of the take has a joint.
+    const int fingers =
+        nullPose.hasFingerTrackingData() ? SkeletonDefinition::ExportedFingerCount : 0;
+    const int count =
+        std::min(first.segmentStateCount() + fingers, m_poseTransform->getSegmentCount());
 
     FbxSkeleton* rootSkeleton = FbxSkeleton::Create(m_scene, name.toUtf8().constData());
     FbxNode* root = FbxNode::Create(m_scene, name.toUtf8().constData());
@@ -90,7 +86,7 @@ bool FbxExporterLocal::exportFrame(int frame) {
     // Nothing was built for a take without a usable pose.
     if (!m_poseTransform) return true;
     m_poseTransform->transform(pose);
-    const nuvia::Vector3 pelvis(pose.pos_g(0));
+    const nuvia::Vector3 pelvis = toFbxAxes(nuvia::Vector3(pose.pos_g(0)));
     const int count =
         std::min(m_poseTransform->getSegmentCount(), static_cast<int>(m_segmentNodeNames.size()));
     nuvia::Vector3 t, r;
@@ -110,10 +106,9 @@ void FbxExporterLocal::keyPelvisTranslation(AnimatedSegment& pelvisSegment,
                                             const nuvia::Vector3& translation,
                                             const nuvia::Vector3& pelvis) {
     // Walking on the spot keeps the horizontal position at the pelvis's own: zero, formed as a
-    // difference so that a position that is not a number stays visible. Host axes 1 and 0 are
-    // FBX X and Z.
-    const double x = m_walkOnTheSpot ? pelvis[1] - pelvis[1] : translation[0];
-    const double z = m_walkOnTheSpot ? pelvis[0] - pelvis[0] : translation[2];
+    // difference so that a position that is not a number stays visible.
+    const double x = m_walkOnTheSpot ? pelvis[0] - pelvis[0] : translation[0];
+    const double z = m_walkOnTheSpot ? pelvis[2] - pelvis[2] : translation[2];
     pelvisSegment.translation.key(pelvisSegment.node->LclTranslation, m_animLayer, m_keyTime,
                                   x * m_outputScale, translation[1] * m_outputScale,
                                   z * m_outputScale, m_exportedFrameCount);

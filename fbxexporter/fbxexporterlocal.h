@@ -21,6 +21,7 @@ public:
 private:
     // A limb-node joint named `name`, not yet in the tree.
     FbxNode* createJoint(const QString& name);
+    // Keys the pelvis's translation; `pelvis` is its global position on FBX axes.
     void keyPelvisTranslation(AnimatedSegment& pelvisSegment, const nuvia::Vector3& translation,
                               const nuvia::Vector3& pelvis);
 };

@@ -1,6 +1,7 @@
 // Takes without a body: every tracked object as a flat node keyed with its global transform.
 #include <numbers>
 
+#include "axisconvention.h"
 #include "channelkeying.h"
 #include "fbx/scene/fbxmarker.h"
 #include "fbx/scene/fbxnode.h"
@@ -58,10 +59,11 @@ bool NuFbxExporter::exportObjectFrame(int frame) {
         const NuVector position = pose.pos_g(i);
         const nuvia::Vector3 p = position.size() == 0 ? nuvia::Vector3() : firstThree(position);
         r.setQuatMulQuat(objectTurn(), pose.q_gb(i, PoseBase_Global));
-        // Host axes 1, 2, 0 are FBX X, Y, Z.
-        segment->translation.key(node->LclTranslation, m_animLayer, m_keyTime, p[1] * m_outputScale,
-                                 p[2] * m_outputScale, p[0] * m_outputScale, m_exportedFrameCount);
-        nuvia::Quaternion(r.w, r.y, r.z, r.x).toEuler(euler);
+        const nuvia::Vector3 fbx = toFbxAxes(p);
+        segment->translation.key(node->LclTranslation, m_animLayer, m_keyTime,
+                                 fbx[0] * m_outputScale, fbx[1] * m_outputScale,
+                                 fbx[2] * m_outputScale, m_exportedFrameCount);
+        toFbxAxes(r).toEuler(euler);
         segment->rotation.key(node->LclRotation, m_animLayer, m_keyTime, euler[0], euler[1],
                               euler[2], m_exportedFrameCount);
     }

@@ -2,21 +2,13 @@
 
 #include <algorithm>
 
+#include "axisconvention.h"
 #include "hostposition.h"
 #include "skeletondefinition.h"
 
 using namespace SkeletonDefinition;
 
 namespace {
-
-// Host axes to FBX axes: a cyclic permutation (host Z up becomes FBX Y up), applied alike to
-// positions and to the vector part of orientations.
-nuvia::Vector3 toScene(const NuVector& v) {
-    return nuvia::Vector3(v[1], v[2], v[0]);
-}
-nuvia::Quaternion toScene(const NuQuaternion& q) {
-    return nuvia::Quaternion(q.w, q.y, q.z, q.x);
-}
 
 nuvia::Vector3 difference(const NuVector& a, const NuVector& b) {
     nuvia::Vector3 d;
@@ -140,11 +132,11 @@ void PoseTransformFbx::transform(const ZavoPoseObject& pose) {
 
 void PoseTransformFbx::transformBody(const ZavoPoseObject& pose, int code) {
     if (code < 0 || code >= pose.segmentStateCount()) return;
-    const nuvia::Quaternion global = toScene(pose.q_gb(code, PoseBase_Global));
+    const nuvia::Quaternion global = toFbxAxes(pose.q_gb(code, PoseBase_Global));
     m_globalOrientations[code] = global;
     const int parent = m_bodyParents[code];
     if (parent < 0) {
-        m_translations[code] = toScene(nuvia::Vector3(pose.pos_g(code)));
+        m_translations[code] = toFbxAxes(nuvia::Vector3(pose.pos_g(code)));
         m_localOrientations[code] = global;
         global.toEuler(m_rotations[code]);
         return;
@@ -152,7 +144,7 @@ void PoseTransformFbx::transformBody(const ZavoPoseObject& pose, int code) {
     // The offset is the difference of the global positions, not rotated into the parent's
     // frame: it is the true local offset where the parent is unrotated, as in the T-pose that
     // sets up the skeleton, which is where readers take the bone offsets from.
-    m_translations[code] = toScene(difference(pose.pos_g(code), pose.pos_g(parent)));
+    m_translations[code] = toFbxAxes(difference(pose.pos_g(code), pose.pos_g(parent)));
     setLocal(code, m_globalOrientations[parent], global);
 }
 
@@ -165,18 +157,19 @@ void PoseTransformFbx::transformFinger(const ZavoPoseObject& pose, int code) {
         return tracked ? pose.fingerTrackingData(hand.id, joint) : KexSegmentPose{};
     };
     const KexSegmentPose finger = fingerPose(hand.joint);
-    const nuvia::Quaternion global = toScene(finger.orientation);
+    const nuvia::Quaternion global = toFbxAxes(finger.orientation);
     m_globalOrientations[index] = global;
 
     const int parentJoint = m_fingerParents[hand.joint];
     if (parentJoint < 0) {
-        m_translations[index] = toScene(difference(finger.position, pose.pos_g(hand.segment)));
+        m_translations[index] = toFbxAxes(difference(finger.position, pose.pos_g(hand.segment)));
         setLocal(index, m_globalOrientations[hand.segment], global);
         return;
     }
     const int parentIndex = (*hand.poseIndex)[parentJoint];
     if (parentIndex < 0) return;
-    m_translations[index] = toScene(difference(finger.position, fingerPose(parentJoint).position));
+    m_translations[index] =
+        toFbxAxes(difference(finger.position, fingerPose(parentJoint).position));
     setLocal(index, m_globalOrientations[parentIndex], global);
 }
 

@@ -35,6 +35,19 @@ inline constexpr std::array<int, 2> NeckAndHead = {5, 6};
 // fingers (0, 4, 8, 12, 16) are not tracked and never exported.
 inline constexpr std::array<int, ExportedFingersPerHand> ExportedFingerJoints = {
     1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15, 17, 18, 19};
+inline constexpr int ExportedFingerCount = 2 * ExportedFingersPerHand;
+
+// Exported finger k of both hands, the left hand's first: its hand and finger joint. The joint is
+// -1 past the last exported finger.
+struct ExportedFinger {
+    NuHandId hand;
+    int joint;
+};
+constexpr ExportedFinger exportedFinger(int k) {
+    const NuHandId hand = k < ExportedFingersPerHand ? NuHand_Left : NuHand_Right;
+    const int slot = hand == NuHand_Left ? k : k - ExportedFingersPerHand;
+    return {hand, slot >= 0 && slot < ExportedFingersPerHand ? ExportedFingerJoints[slot] : -1};
+}
 
 // Names of host segments 0 to 26 in `naming` (anything but unreal means default).
 QStringList bodyNames(Naming naming);

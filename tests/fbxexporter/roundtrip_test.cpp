@@ -3,7 +3,9 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "axisconvention.h"
 #include "exportprobe.h"
+#include "skeletondefinition.h"
 #include "synthetictake.h"
 #include "tests/support/fbxassimpscene.h"
 
@@ -42,13 +44,15 @@ double worstWorldPosition(const FakeHost& host, const fbxtest::AssimpScene& scen
             int index = 0, parent = 0;
             joints.getSegmentMeta(i, name, index, parent);
             const int finger = index - segments;
+            const SkeletonDefinition::ExportedFinger f = SkeletonDefinition::exportedFinger(finger);
             const NuVector& p =
-                finger < 0 ? pose.positions[index]
-                           : (*pose.fingers)[finger / 15][(4 * (finger % 15)) / 3 + 1].position;
+                finger < 0 ? pose.positions[index] : (*pose.fingers)[f.hand][f.joint].position;
             const auto world = fbxtest::Translation(
                 scene.WorldTransformAt(name.toStdString(), pose.time / 1000.0));
-            const double expected[3] = {p[1] * 100, p[2] * 100, p[0] * 100};
-            for (int a = 0; a < 3; ++a) worst = std::max(worst, std::abs(world[a] - expected[a]));
+            const nuvia::Vector3 expected = toFbxAxes(p);
+            for (int a = 0; a < 3; ++a) {
+                worst = std::max(worst, std::abs(world[a] - expected[a] * 100));
+            }
         }
     }
     return worst;

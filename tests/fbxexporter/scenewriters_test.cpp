@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "axisconvention.h"
 #include "exportprobe.h"
 #include "fbx/scene/fbxmarker.h"
 #include "fbx/scene/fbxnull.h"
@@ -135,19 +136,19 @@ TEST(NodesPreset, FlatNodesWithGlobalKeys) {
     EXPECT_EQ(probe.m_segmentNames.mid(23, 3), (QStringList{"Object1", "Prop2", "LFinger1"}));
     EXPECT_EQ(probe.m_segmentNames.last(), "RFinger19");
     EXPECT_NE(probe.node("LFinger5")->GetNull(), nullptr);
-    // Positions relative to the pelvis horizontally, scaled, on host axes 1, 2, 0.
+    // Positions relative to the pelvis horizontally, scaled, on FBX axes.
     const FakePose& pose = *host.frames[2];
-    const NuVector& pelvis = pose.positions[0];
-    for (const auto& [name, g] : {std::pair("Seg0", pelvis),
-                                  {"Seg9", pose.positions[9]},
-                                  {"RFinger2", (*pose.fingers)[1][2].position}}) {
+    const nuvia::Vector3 pelvis = toFbxAxes(pose.positions[0]);
+    for (const auto& [name, onHostAxes] : {std::pair("Seg0", pose.positions[0]),
+                                           {"Seg9", pose.positions[9]},
+                                           {"RFinger2", (*pose.fingers)[1][2].position}}) {
+        const nuvia::Vector3 g = toFbxAxes(onHostAxes);
         EXPECT_EQ(probe.lastKeys(name, true),
-                  (Keys{float((g[1] - pelvis[1]) * 2.5), float(g[2] * 2.5),
-                        float((g[0] - pelvis[0]) * 2.5)}));
+                  (Keys{float((g[0] - pelvis[0]) * 2.5), float(g[1] * 2.5),
+                        float((g[2] - pelvis[2]) * 2.5)}));
     }
     nuvia::Vector3 e;
-    const NuQuaternion& q = pose.orientations[9];
-    nuvia::Quaternion(q.w, q.y, q.z, q.x).toEuler(e);
+    toFbxAxes(pose.orientations[9]).toEuler(e);
     EXPECT_EQ(probe.lastKeys("Seg9", false)[1], float(e[1]));
     probe.finalize(true);
 }
