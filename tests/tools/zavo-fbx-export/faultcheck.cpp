@@ -137,24 +137,17 @@ std::string unclearOutcome(const ProgramRun& run, const QString& folder, const Q
            describe(run);
 }
 
-void MatrixTally::row(const std::string& kind, const std::string& label, const std::string& problem,
-                      const char* pending) {
+void MatrixTally::row(const std::string& kind, const std::string& label,
+                      const std::string& problem) {
     ++m_counts[kind];
-    if (problem.empty()) {
-        if (pending) m_arrived.push_back(label);
-        return;
-    }
-    if (pending)
-        m_waiting[pending].push_back(m_waiting[pending].empty() ? label + ": " + problem : label);
-    else
-        ADD_FAILURE() << label << ": " << problem;
+    if (!problem.empty()) ADD_FAILURE() << label << ": " << problem;
 }
 
 void MatrixTally::cannotTry(const std::string& label, const std::string& reason) {
     m_untried.push_back(label + ": " + reason);
 }
 
-void MatrixTally::finish() {
+void MatrixTally::finish() const {
     int total = 0;
     std::cout << "[ matrix   ] " << m_name << ":";
     for (const auto& [kind, count] : m_counts) {
@@ -164,24 +157,29 @@ void MatrixTally::finish() {
     std::cout << " " << total << " in all\n";
     for (const std::string& line : m_untried)
         std::cout << "[ matrix   ] not tried: " << line << "\n";
-    for (const std::string& label : m_arrived)
-        std::cout << "[ matrix   ] passes now, no longer pending: " << label << "\n";
-    if (m_waiting.empty()) return;
-    std::string waiting;
-    for (const auto& [behaviour, rows] : m_waiting) {
-        waiting += "\n  " + std::to_string(rows.size()) + " rows wait for " + behaviour +
-                   ", the first: " + rows.front();
-        for (size_t i = 1; i < rows.size(); ++i) waiting += (i == 1 ? "; also: " : " | ") + rows[i];
+}
+
+QString caseFolder(const QTemporaryDir& root, size_t index) {
+    const QString name = QString("case%1").arg(index);
+    QDir(root.path()).mkdir(name);
+    writeFile(root.filePath(name + "/out.fbx"), "an earlier export");
+    return name;
+}
+
+void runMatrix(const std::string& name, const QTemporaryDir& root,
+               const std::vector<MatrixRow>& rows, int timeLimitMs) {
+    std::vector<QString> folders;
+    std::vector<FolderState> before;
+    std::vector<QStringList> argumentLists;
+    for (size_t i = 0; i < rows.size(); ++i) {
+        folders.push_back(root.filePath(caseFolder(root, i)));
+        before.push_back(folderState(folders.back()));
+        argumentLists.push_back(rows[i].arguments);
     }
-    GTEST_SKIP() << "rows waiting for behaviour not there yet:" << waiting;
-}
-
-QByteArray fileBytes(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeFile(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) file.write(bytes);
+    const std::vector<ProgramRun> runs = runPrograms(root, argumentLists, timeLimitMs);
+    MatrixTally tally(name);
+    for (size_t i = 0; i < rows.size(); ++i)
+        tally.row(rows[i].kind, rows[i].label,
+                  unclearOutcome(runs[i], folders[i], "out.fbx", before[i], rows[i].expected));
+    tally.finish();
 }

@@ -45,28 +45,34 @@ std::string unclearOutcome(const ProgramRun& run, const QString& folder, const Q
 // `warnings` is what the run said on standard error.
 std::string unreadableExport(const QByteArray& bytes, int framesExported, const QString& warnings);
 
-// The rows of one matrix: counts bad inputs per kind, fails rows whose behaviour is required
-// and collects rows whose behaviour has not arrived yet.
+// Counts a matrix's rows per kind of fault and fails the rows that did not end clearly.
 class MatrixTally {
 public:
     explicit MatrixTally(std::string name) : m_name(std::move(name)) {}
 
-    // One row's result; `pending` names the behaviour it waits for (null: required now).
-    void row(const std::string& kind, const std::string& label, const std::string& problem,
-             const char* pending = nullptr);
+    // One row's result: `problem` is empty when the row ended as expected.
+    void row(const std::string& kind, const std::string& label, const std::string& problem);
     // A row this machine cannot set up, with the reason.
     void cannotTry(const std::string& label, const std::string& reason);
-    // Prints the counts; skips the test, naming them, when pending rows did not pass.
-    void finish();
+    // Prints the counts and the rows not tried.
+    void finish() const;
 
 private:
     std::string m_name;
     std::map<std::string, int> m_counts;
-    std::map<std::string, std::vector<std::string>> m_waiting;  // per awaited behaviour
-    std::vector<std::string> m_arrived;
     std::vector<std::string> m_untried;
 };
 
-// Bytes of a file; empty when it cannot be read.
-QByteArray fileBytes(const QString& path);
-void writeFile(const QString& path, const QByteArray& bytes);
+// One row of a matrix run by runMatrix. Row i writes caseFolder(root, i) + "/out.fbx".
+struct MatrixRow {
+    std::string kind, label;
+    QStringList arguments;
+    Expectation expected;
+};
+
+// Makes the folder of row `index` in `root`, holding an earlier export out.fbx; its name.
+QString caseFolder(const QTemporaryDir& root, size_t index);
+
+// Runs the rows in `root`, several at a time, each checked against its case folder.
+void runMatrix(const std::string& name, const QTemporaryDir& root,
+               const std::vector<MatrixRow>& rows, int timeLimitMs = 300000);

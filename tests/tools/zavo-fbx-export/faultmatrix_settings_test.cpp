@@ -3,8 +3,6 @@
 // written, with a line naming the key and the value.
 #include <gtest/gtest.h>
 
-#include <QDir>
-
 #include "faultcheck.h"
 #include "programrun.h"
 
@@ -62,62 +60,35 @@ void PrintTo(const KeyValues& key, std::ostream* out) {
     *out << key.key;
 }
 
-struct SettingsRow {
-    std::string label;
-    QString caseFolder;
-    QStringList arguments;
-    Expectation expected;
-};
-
 }  // namespace
 
 class SettingsFaultMatrix : public ::testing::TestWithParam<KeyValues> {};
 
 TEST_P(SettingsFaultMatrix, EachValueExportsOrStopsTheRunNamingKeyAndValue) {
     const KeyValues& key = GetParam();
-    QTemporaryDir folder;
-    std::vector<SettingsRow> rows;
-    auto addRow = [&](const char* channel, const char* value, bool bad) {
-        const QString caseFolder = QString("case%1").arg(rows.size());
-        QDir(folder.path()).mkdir(caseFolder);
-        writeFile(folder.filePath(caseFolder + "/out.fbx"), "an earlier export");
+    QTemporaryDir root;
+    std::vector<MatrixRow> rows;
+    auto addRow = [&](const std::string& channel, const char* value, bool bad) {
+        const QString folder = caseFolder(root, rows.size());
         QStringList arguments{"--demo", "--demo-frames", "3", "--demo-props", "0"};
-        if (std::string(channel) == "--set") {
+        if (channel == "--set") {
             arguments << "--set" << QString("%1=%2").arg(key.key, value);
         } else {
-            const QString ini = caseFolder + "/store.ini";
-            writeFile(folder.filePath(ini),
+            writeFile(root.filePath(folder + "/store.ini"),
                       "[FBX%20Exporter]\n" + QByteArray(key.key) + "=" + iniValue(value) + "\n");
-            arguments << "--settings" << ini;
+            arguments << "--settings" << folder + "/store.ini";
         }
-        arguments << caseFolder + "/out.fbx";
-        const Expectation expected{bad ? Outcome::Refused : Outcome::Written,
-                                   bad ? refusalParts(key.key, value) : QStringList{}};
-        rows.push_back({std::string(channel) + " " + key.key + "=\"" + value + "\"", caseFolder,
-                        arguments, expected});
+        rows.push_back({bad ? "bad values" : "accepted values",
+                        channel + " " + key.key + "=\"" + value + "\"",
+                        arguments << folder + "/out.fbx",
+                        {bad ? Outcome::Refused : Outcome::Written,
+                         bad ? refusalParts(key.key, value) : QStringList{}}});
     };
     for (const char* channel : {"--set", "INI store"})
         for (const char* value : key.bad) addRow(channel, value, true);
     // Accepted spellings reach the plug-in the same way from either place.
     for (const char* value : key.accepted) addRow("--set", value, false);
-
-    std::vector<FolderState> before;
-    std::vector<QStringList> argumentLists;
-    for (const SettingsRow& row : rows) {
-        before.push_back(folderState(folder.filePath(row.caseFolder)));
-        argumentLists.push_back(row.arguments);
-    }
-    const std::vector<ProgramRun> runs = runPrograms(folder, argumentLists);
-
-    MatrixTally tally(std::string("settings key ") + key.key);
-    for (size_t i = 0; i < rows.size(); ++i) {
-        const SettingsRow& row = rows[i];
-        const bool bad = row.expected.outcome == Outcome::Refused;
-        tally.row(bad ? "bad values" : "accepted values", row.label,
-                  unclearOutcome(runs[i], folder.filePath(row.caseFolder), "out.fbx", before[i],
-                                 row.expected));
-    }
-    tally.finish();
+    runMatrix(std::string("settings key ") + key.key, root, rows);
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryKey, SettingsFaultMatrix, ::testing::ValuesIn(keyTable),

@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <sstream>
+#include <string_view>
 
 #include "demotake.h"
 #include "faultcheck.h"
@@ -40,10 +41,6 @@ Take withName(int index, const std::string& name) {
     Take take = markedTake();
     take.segmentNames[static_cast<size_t>(index)] = name;
     return take;
-}
-
-Take withRepeatedName() {
-    return withName(5, markedTake().segmentNames[4]);
 }
 
 // Frame times in milliseconds since the recording started, one per frame.
@@ -109,213 +106,135 @@ QByteArray deeplyNestedBvh() {
     return text + "\n";
 }
 
-QByteArray duplicateJointBvh() {
-    return bvhText().replace("JOINT Head", "JOINT Spine");
-}
+// Rows of one matrix: each input file is written beside the case folders, as take<i>.<ext>.
+class TakeRows {
+public:
+    TakeRows(const QTemporaryDir& root, const char* extension)
+        : m_root(root), m_extension(extension) {}
 
-struct TakeRow {
-    std::string kind;
-    std::string label;
-    QByteArray input;  // file contents; empty with a link target below
-    const char* extension;
-    Expectation expected;
-    QStringList extraArguments = {};
-    QString linkTarget = {};
-};
-
-Expectation refusedNaming(const char* file) {
-    return {Outcome::Refused, {file}};
-}
-
-std::vector<TakeRow> jsonRows() {
-    const Take take = markedTake();
-    const Expectation either{Outcome::Either, {}, takeFrames};
-    std::vector<TakeRow> rows = {
-        {"non-finite numbers", "position 1e999", takeText(take, "1e999"), "json",
-         refusedNaming(".json")},
-        {"non-finite numbers", "position -1e999", takeText(take, "-1e999"), "json",
-         refusedNaming(".json")},
-        {"non-finite numbers", "position NaN", takeText(take, "NaN"), "json",
-         refusedNaming(".json")},
-        {"non-finite numbers", "position Infinity", takeText(take, "Infinity"), "json",
-         refusedNaming(".json")},
-        {"non-finite numbers", "orientation w 1e999", takeText(take, "0.5", "1e999"), "json",
-         refusedNaming(".json")},
-        {"non-finite numbers", "orientation x nan", takeText(take, "0.5", "1", "nan"), "json",
-         refusedNaming(".json")},
-        {"non-finite numbers", "frameRate -1e999",
-         takeText(take).replace("\"frameRate\":60", "\"frameRate\":-1e999"), "json",
-         refusedNaming(".json")},
-        {"overflowing numbers", "orientation [1e300, 1e300, 0, 0]",
-         takeText(take, "0.5", "1e300", "1e300"), "json", either},
-        {"overflowing numbers", "orientation [0, 0, 0, 0]", takeText(take, "0.5", "0", "0"), "json",
-         either},
-        {"overflowing numbers", "position 1e308 at scale 100", takeText(take, "1e308"), "json",
-         either},
-        {"overflowing numbers",
-         "--scale 1e308",
-         takeText(take),
-         "json",
-         either,
-         {"--scale", "1e308"}},
-        {"names",
-         "duplicate segment name",
-         takeText(withRepeatedName()),
-         "json",
-         {Outcome::Refused, {".json", "segmentNames[5]"}}},
-        {"names", "line break in a name", takeText(withName(4, "Left\nHand")), "json",
-         refusedNaming(".json")},
-        {"names", "carriage return in a name", takeText(withName(4, "Left\rHand")), "json",
-         refusedNaming(".json")},
-        {"names", "NUL in a name", takeText(withName(4, std::string("Left\0Hand", 9))), "json",
-         refusedNaming(".json")},
-        {"names", "tab in a name", takeText(withName(4, "Left\tHand")), "json", either},
-        {"frame times",
-         "every frame at time 0",
-         takeText(withFrameTimes({0, 0, 0, 0, 0})),
-         "json",
-         {Outcome::Written,
-          {},
-          takeFrames,
-          "4 of 5 frames share a key time with an earlier frame; the file keeps the last of each"}},
-        {"frame times",
-         "pairs of frames at one time",
-         takeText(withFrameTimes({0, 0, 17, 17, 33})),
-         "json",
-         {Outcome::Written, {}, takeFrames, "2 of 5 frames share a key time"}},
-        {"frame times", "every frame before the recording start",
-         takeText(withFrameTimes({-5000, -4983, -4967, -4950, -4933})), "json", either},
-        {"frame times",
-         "every frame before the recording start, real start time",
-         takeText(withFrameTimes({-5000, -4983, -4967, -4950, -4933})),
-         "json",
-         either,
-         {"--time-start", "real"}},
-        {"frame rates", "1e9 Hz", takeText(withRate(1e9)), "json", either},
-        {"frame rates",
-         "1e9 Hz, fixed increments",
-         takeText(withRate(1e9)),
-         "json",
-         either,
-         {"--time-increment", "fixed"}},
-        {"frame rates", "1e-7 Hz", takeText(take).replace("\"frameRate\":60", "\"frameRate\":1e-7"),
-         "json", either},
-        {"frame rates",
-         "1e-7 Hz, fixed increments",
-         takeText(take).replace("\"frameRate\":60", "\"frameRate\":1e-7"),
-         "json",
-         either,
-         {"--time-increment", "fixed"}},
-        {"frame rates", "1e308 Hz",
-         takeText(take).replace("\"frameRate\":60", "\"frameRate\":1e308"), "json", either},
-        {"missing poses",
-         "first frame without a pose",
-         takeText(withFirstPose(std::nullopt)),
-         "json",
-         {Outcome::Written, {}, takeFrames, "have no usable pose and were left out"}},
-        {"missing poses", "first frame invalid", takeText(withFirstPose(invalidPose())), "json",
-         either},
-        {"missing poses",
-         "first frame invalid, no calibration pose",
-         takeText(withFirstPose(invalidPose())),
-         "json",
-         either,
-         {"--no-calibration-pose"}},
-        {"sizes", "firstFrame 2000000000",
-         takeText(take).replace("\"firstFrame\":0", "\"firstFrame\":2000000000"), "json",
-         refusedNaming(".json")},
-        {"sizes", "nesting 100000 deep",
-         "{\"format\":\"zavo-take\",\"version\":1,\"userComment\":" +
-             QByteArray("[").repeated(100000),
-         "json", refusedNaming(".json")},
-    };
-    return rows;
-}
-
-std::vector<TakeRow> bvhRows() {
-    const Expectation refusedWithLine{Outcome::Refused, {".bvh", "line"}};
-    const Expectation either{Outcome::Either, {}, 4};
-    return {
-        {"non-finite numbers", "BVH nan", bvhText("0.0333333", "4", "nan"), "bvh", refusedWithLine},
-        {"non-finite numbers", "BVH inf", bvhText("0.0333333", "4", "inf"), "bvh", refusedWithLine},
-        {"non-finite numbers", "BVH -inf", bvhText("0.0333333", "4", "-inf"), "bvh",
-         refusedWithLine},
-        {"non-finite numbers", "BVH 1e999", bvhText("0.0333333", "4", "1e999"), "bvh",
-         refusedWithLine},
-        {"overflowing numbers",
-         "--bvh-unit 1e308",
-         bvhText(),
-         "bvh",
-         either,
-         {"--bvh-unit", "1e308"}},
-        {"sizes",
-         "Frames: 2000000000",
-         bvhText("0.0333333", "2000000000"),
-         "bvh",
-         {Outcome::Refused, {".bvh"}}},
-        {"sizes", "Frames: -1", bvhText("0.0333333", "-1"), "bvh", {Outcome::Refused, {".bvh"}}},
-        {"sizes", "empty file", "", "bvh", {Outcome::Refused, {".bvh"}}},
-        {"sizes",
-         "/dev/zero as a BVH file",
-         "",
-         "bvh",
-         {Outcome::Refused, {".bvh"}},
-         {},
-         "/dev/zero"},
-        {"sizes", "30,000 nested joints", deeplyNestedBvh(), "bvh", {Outcome::Either, {}, 1}},
-        {"frame rates", "Frame Time: 100000", bvhText("100000"), "bvh", either},
-        {"frame rates", "Frame Time: 1e-7", bvhText("1e-7"), "bvh", either},
-        {"frame rates", "Frame Time: 0", bvhText("0"), "bvh", either},
-        {"frame rates", "Frame Time: -0.0333333", bvhText("-0.0333333"), "bvh", either},
-        {"names", "BVH joint name twice", duplicateJointBvh(), "bvh", either},
-        {"line ends", "BVH with LF", bvhText(), "bvh", {Outcome::Written, {}, 4}},
-        {"line ends",
-         "BVH with CRLF",
-         bvhText().replace("\n", "\r\n"),
-         "bvh",
-         {Outcome::Written, {}, 4}},
-        {"line ends",
-         "BVH with CR only",
-         bvhText().replace('\n', '\r'),
-         "bvh",
-         {Outcome::Written, {}, 4}},
-    };
-}
-
-void runTakeMatrix(const std::string& name, const std::vector<TakeRow>& rows) {
-    QTemporaryDir folder;
-    std::vector<FolderState> before;
-    std::vector<QStringList> argumentLists;
-    for (size_t i = 0; i < rows.size(); ++i) {
-        const TakeRow& row = rows[i];
-        const QString input = QString("take%1.%2").arg(i).arg(row.extension);
-        if (row.linkTarget.isEmpty())
-            writeFile(folder.filePath(input), row.input);
-        else
-            QFile::link(row.linkTarget, folder.filePath(input));
-        const QString caseFolder = QString("case%1").arg(i);
-        QDir(folder.path()).mkdir(caseFolder);
-        writeFile(folder.filePath(caseFolder + "/out.fbx"), "an earlier export");
-        before.push_back(folderState(folder.filePath(caseFolder)));
-        argumentLists.push_back(QStringList{"--format", "binary"} + row.extraArguments +
-                                QStringList{input, caseFolder + "/out.fbx"});
+    void add(const char* kind, const std::string& label, const QByteArray& input,
+             const Expectation& expected, const QStringList& extraArguments = {}) {
+        writeFile(m_root.filePath(nextInput()), input);
+        addRow(kind, label, expected, extraArguments);
     }
-    const std::vector<ProgramRun> runs = runPrograms(folder, argumentLists, 5000);
+    // A row whose input is a link to `target`.
+    void addLink(const char* kind, const std::string& label, const QString& target,
+                 const Expectation& expected) {
+        QFile::link(target, m_root.filePath(nextInput()));
+        addRow(kind, label, expected, {});
+    }
+    const std::vector<MatrixRow>& rows() const { return m_rows; }
 
-    MatrixTally tally(name);
-    for (size_t i = 0; i < rows.size(); ++i)
-        tally.row(rows[i].kind, rows[i].label,
-                  unclearOutcome(runs[i], folder.filePath(QString("case%1").arg(i)), "out.fbx",
-                                 before[i], rows[i].expected));
-    tally.finish();
-}
+private:
+    QString nextInput() const { return QString("take%1.%2").arg(m_rows.size()).arg(m_extension); }
+    void addRow(const char* kind, const std::string& label, const Expectation& expected,
+                const QStringList& extraArguments) {
+        const QString input = nextInput();
+        m_rows.push_back({kind, label,
+                          QStringList{"--format", "binary"} + extraArguments +
+                              QStringList{input, caseFolder(m_root, m_rows.size()) + "/out.fbx"},
+                          expected});
+    }
+
+    const QTemporaryDir& m_root;
+    const char* m_extension;
+    std::vector<MatrixRow> m_rows;
+};
 
 }  // namespace
 
 TEST(TakeFaultMatrix, JsonTakesExportOrAreRefusedNamingTheFile) {
-    runTakeMatrix("JSON takes", jsonRows());
+    QTemporaryDir root;
+    TakeRows rows(root, "json");
+    const Take take = markedTake();
+    const Expectation refused{Outcome::Refused, {".json"}}, either{Outcome::Either, {}, takeFrames};
+    const auto withFrameRate = [&](const QByteArray& rate) {
+        return takeText(take).replace("\"frameRate\":60", "\"frameRate\":" + rate);
+    };
+    for (const char* word : {"1e999", "-1e999", "NaN", "Infinity"})
+        rows.add("non-finite numbers", std::string("position ") + word, takeText(take, word),
+                 refused);
+    rows.add("non-finite numbers", "orientation w 1e999", takeText(take, "0.5", "1e999"), refused);
+    rows.add("non-finite numbers", "orientation x nan", takeText(take, "0.5", "1", "nan"), refused);
+    rows.add("non-finite numbers", "frameRate -1e999", withFrameRate("-1e999"), refused);
+
+    rows.add("overflowing numbers", "orientation [1e300, 1e300, 0, 0]",
+             takeText(take, "0.5", "1e300", "1e300"), either);
+    rows.add("overflowing numbers", "orientation [0, 0, 0, 0]", takeText(take, "0.5", "0", "0"),
+             either);
+    rows.add("overflowing numbers", "position 1e308 at scale 100", takeText(take, "1e308"), either);
+    rows.add("overflowing numbers", "--scale 1e308", takeText(take), either, {"--scale", "1e308"});
+
+    rows.add("names", "duplicate segment name", takeText(withName(5, take.segmentNames[4])),
+             {Outcome::Refused, {".json", "segmentNames[5]"}});
+    for (const auto& [label, name] :
+         {std::pair<const char*, std::string_view>{"line break", "Left\nHand"},
+          {"carriage return", "Left\rHand"},
+          {"NUL", std::string_view("Left\0Hand", 9)}})
+        rows.add("names", std::string(label) + " in a name",
+                 takeText(withName(4, std::string(name))), refused);
+    rows.add("names", "tab in a name", takeText(withName(4, "Left\tHand")), either);
+
+    rows.add("frame times", "every frame at time 0", takeText(withFrameTimes({0, 0, 0, 0, 0})),
+             {Outcome::Written,
+              {},
+              takeFrames,
+              "4 of 5 frames share a key time with an earlier frame; the file keeps the last of "
+              "each"});
+    rows.add("frame times", "pairs of frames at one time",
+             takeText(withFrameTimes({0, 0, 17, 17, 33})),
+             {Outcome::Written, {}, takeFrames, "2 of 5 frames share a key time"});
+    const QByteArray early = takeText(withFrameTimes({-5000, -4983, -4967, -4950, -4933}));
+    rows.add("frame times", "every frame before the recording start", early, either);
+    rows.add("frame times", "every frame before the recording start, real start time", early,
+             either, {"--time-start", "real"});
+
+    for (const auto& [label, text] :
+         {std::pair{"1e9 Hz", takeText(withRate(1e9))}, {"1e-7 Hz", withFrameRate("1e-7")}}) {
+        rows.add("frame rates", label, text, either);
+        rows.add("frame rates", std::string(label) + ", fixed increments", text, either,
+                 {"--time-increment", "fixed"});
+    }
+    rows.add("frame rates", "1e308 Hz", withFrameRate("1e308"), either);
+
+    rows.add("missing poses", "first frame without a pose", takeText(withFirstPose(std::nullopt)),
+             {Outcome::Written, {}, takeFrames, "have no usable pose and were left out"});
+    rows.add("missing poses", "first frame invalid", takeText(withFirstPose(invalidPose())),
+             either);
+    rows.add("missing poses", "first frame invalid, no calibration pose",
+             takeText(withFirstPose(invalidPose())), either, {"--no-calibration-pose"});
+
+    rows.add("sizes", "firstFrame 2000000000",
+             takeText(take).replace("\"firstFrame\":0", "\"firstFrame\":2000000000"), refused);
+    rows.add("sizes", "nesting 100000 deep",
+             "{\"format\":\"zavo-take\",\"version\":1,\"userComment\":" +
+                 QByteArray("[").repeated(100000),
+             refused);
+    runMatrix("JSON takes", root, rows.rows(), 5000);
 }
 
 TEST(TakeFaultMatrix, BvhFilesExportOrAreRefusedNamingFileAndLine) {
-    runTakeMatrix("BVH files", bvhRows());
+    QTemporaryDir root;
+    TakeRows rows(root, "bvh");
+    const Expectation refused{Outcome::Refused, {".bvh"}}, either{Outcome::Either, {}, 4};
+    for (const char* word : {"nan", "inf", "-inf", "1e999"})
+        rows.add("non-finite numbers", std::string("BVH ") + word, bvhText("0.0333333", "4", word),
+                 {Outcome::Refused, {".bvh", "line"}});
+    rows.add("overflowing numbers", "--bvh-unit 1e308", bvhText(), either, {"--bvh-unit", "1e308"});
+
+    rows.add("sizes", "Frames: 2000000000", bvhText("0.0333333", "2000000000"), refused);
+    rows.add("sizes", "Frames: -1", bvhText("0.0333333", "-1"), refused);
+    rows.add("sizes", "empty file", "", refused);
+    rows.addLink("sizes", "/dev/zero as a BVH file", "/dev/zero", refused);
+    rows.add("sizes", "30,000 nested joints", deeplyNestedBvh(), {Outcome::Either, {}, 1});
+
+    for (const char* frameTime : {"100000", "1e-7", "0", "-0.0333333"})
+        rows.add("frame rates", std::string("Frame Time: ") + frameTime, bvhText(frameTime),
+                 either);
+    rows.add("names", "BVH joint name twice", bvhText().replace("JOINT Head", "JOINT Spine"),
+             either);
+    for (const auto& [label, end] : {std::pair{"LF", "\n"}, {"CRLF", "\r\n"}, {"CR only", "\r"}})
+        rows.add("line ends", std::string("BVH with ") + label, bvhText().replace("\n", end),
+                 {Outcome::Written, {}, 4});
+    runMatrix("BVH files", root, rows.rows(), 5000);
 }

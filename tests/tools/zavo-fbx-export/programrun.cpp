@@ -1,5 +1,6 @@
 #include "programrun.h"
 
+#include <QFile>
 #include <QProcess>
 #include <memory>
 
@@ -20,7 +21,7 @@ void startProgram(QProcess& process, const QTemporaryDir& folder, QStringList ar
     process.start(options.wrapper.first(), wrapped);
 }
 
-ProgramRun finishProgram(QProcess& process, int timeLimitMs) {
+ProgramRun finishProgram(QProcess& process, int timeLimitMs, QByteArray outputSoFar = {}) {
     ProgramRun run;
     if (!process.waitForFinished(timeLimitMs)) {
         process.kill();
@@ -28,7 +29,7 @@ ProgramRun finishProgram(QProcess& process, int timeLimitMs) {
     } else if (process.exitStatus() == QProcess::NormalExit) {
         run.exitStatus = process.exitCode();
     }
-    run.outputBytes = process.readAllStandardOutput();
+    run.outputBytes = outputSoFar + process.readAllStandardOutput();
     run.standardOutput = QString::fromLocal8Bit(run.outputBytes);
     run.standardError = QString::fromLocal8Bit(process.readAllStandardError());
     return run;
@@ -40,8 +41,16 @@ ProgramRun runProgram(const QTemporaryDir& folder, QStringList arguments,
                       const RunOptions& options) {
     QProcess process;
     startProgram(process, folder, std::move(arguments), options);
-    if (options.whileRunning && process.waitForStarted()) options.whileRunning(process.processId());
-    return finishProgram(process, options.timeLimitMs);
+    QByteArray output;
+    if (options.whileRunning && process.waitForStarted()) {
+        while (!output.contains(options.waitForOutput) &&
+               process.waitForReadyRead(options.timeLimitMs))
+            output += process.readAllStandardOutput();
+        // A program that already ended has no process id left to pass (0 would name our own
+        // process group).
+        if (process.processId() > 0) options.whileRunning(process.processId());
+    }
+    return finishProgram(process, options.timeLimitMs, output);
 }
 
 std::vector<ProgramRun> runPrograms(const QTemporaryDir& folder,
@@ -59,4 +68,14 @@ std::vector<ProgramRun> runPrograms(const QTemporaryDir& folder,
         for (const auto& process : processes) runs.push_back(finishProgram(*process, timeLimitMs));
     }
     return runs;
+}
+
+QByteArray fileBytes(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void writeFile(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) file.write(bytes);
 }

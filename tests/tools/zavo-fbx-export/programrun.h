@@ -22,8 +22,10 @@ struct RunOptions {
     QStringList wrapper;
     // Runs in the child before the program starts (e.g. to drop privileges).
     std::function<void()> childSetup;
-    // Called with the process id once the program has started (e.g. to send it a signal).
+    // Called with the process id once the program has started and, when `waitForOutput` is
+    // set, has written that text on standard output (e.g. to send it a signal).
     std::function<void(qint64)> whileRunning;
+    QByteArray waitForOutput;
     int timeLimitMs = 300000;
 };
 
@@ -36,3 +38,7 @@ ProgramRun runProgram(const QTemporaryDir& folder, QStringList arguments,
 std::vector<ProgramRun> runPrograms(const QTemporaryDir& folder,
                                     const std::vector<QStringList>& argumentLists,
                                     int timeLimitMs = 300000);
+
+// Bytes of a file; empty when it cannot be read.
+QByteArray fileBytes(const QString& path);
+void writeFile(const QString& path, const QByteArray& bytes);
