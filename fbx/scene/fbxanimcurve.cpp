@@ -277,16 +277,21 @@ int FbxAnimCurve::KeyAdd(FbxTime time, int* last) {
     return last ? (*last = index) : index;
 }
 
-void FbxAnimCurve::KeySet(int index, FbxTime time, float value,
+bool FbxAnimCurve::KeySet(int index, FbxTime time, float value,
                           FbxAnimCurveDef::EInterpolationType interpolation,
                           FbxAnimCurveDef::ETangentMode tangentMode) {
-    if (!Valid(index)) {
-        return;
+    const bool ordered = Valid(index) && (index == 0 || TimeAt(index - 1) < time.Get()) &&
+                         (index + 1 == mKeyCount || time.Get() < TimeAt(index + 1));
+    if (!ordered) {
+        return false;
     }
+    KeyModifyBegin();
     SetTime(index, time.Get());
     KeySetValue(index, value);
     KeySetInterpolation(index, interpolation);
     KeySetTangentMode(index, tangentMode);
+    KeyModifyEnd();
+    return true;
 }
 
 bool FbxAnimCurve::KeyRemove(int index) {

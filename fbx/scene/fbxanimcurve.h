@@ -47,7 +47,9 @@ public:
     // costs constant time.
     int KeyAdd(FbxTime time, int* last = nullptr);
     // Sets time, value, interpolation and tangent mode of a key that KeyAdd made.
-    void KeySet(
+    // False, changing nothing, for an index outside [0, count) or a time not
+    // strictly between the neighbouring keys' times: keys never change order.
+    bool KeySet(
         int index, FbxTime time, float value,
         FbxAnimCurveDef::EInterpolationType interpolation = FbxAnimCurveDef::eInterpolationCubic,
         FbxAnimCurveDef::ETangentMode tangentMode = FbxAnimCurveDef::eTangentAuto);

@@ -5,9 +5,11 @@
 #include <cmath>
 #include <cstdio>
 #include <numbers>
+#include <vector>
 
 #include "fbx/scene/fbxanimcurve.h"
 #include "fbx/scene/fbxanimcurvefilterkeysync.h"
+#include "fbx/scene/fbxanimcurvenode.h"
 #include "fbx/scene/fbxmanager.h"
 #include "fbx/scene/fbxscene.h"
 
@@ -134,7 +136,6 @@ void FbxAnimCurveFilterUnroll::Reset() {
     mTestForPath = false;
     mForceAutoTangents = false;
     mRotationOrder = FbxEuler::eOrderXYZ;
-    mFlag = false;
     mReplaceMode = 0;
 }
 
@@ -190,6 +191,38 @@ bool FbxAnimCurveFilterUnroll::Apply(FbxAnimCurve** curves, int count, FbxStatus
 bool FbxAnimCurveFilterUnroll::NeedApply(FbxAnimCurve** curves, int count, FbxStatus* status) {
     bool changed = false;
     return Run(curves, count, status, false, changed) && changed;
+}
+
+bool FbxAnimCurveFilterUnroll::NeedApply(FbxAnimCurveNode& node, FbxStatus* status) {
+    std::vector<FbxAnimCurve*> curves = Curves(node);
+    return NeedApply(curves.data(), static_cast<int>(curves.size()), status);
+}
+
+bool FbxAnimCurveFilterUnroll::NeedApply(FbxAnimCurve& curve, FbxStatus* status) {
+    FbxAnimCurve* curves[] = {&curve};
+    return NeedApply(curves, 1, status);
+}
+
+bool FbxAnimCurveFilterUnroll::NeedApply(FbxAnimStack& stack, FbxStatus* status) {
+    const std::vector<FbxAnimCurveNode*> nodes = CurveNodes(stack, nullptr);
+    return std::any_of(nodes.begin(), nodes.end(),
+                       [&](FbxAnimCurveNode* node) { return NeedApply(*node, status); });
+}
+
+bool FbxAnimCurveFilterUnroll::NeedApply(FbxObject& object, FbxAnimStack& stack,
+                                         FbxStatus* status) {
+    const std::vector<FbxAnimCurveNode*> nodes = CurveNodes(stack, &object);
+    return std::any_of(nodes.begin(), nodes.end(),
+                       [&](FbxAnimCurveNode* node) { return NeedApply(*node, status); });
+}
+
+bool FbxAnimCurveFilterUnroll::Treats(const FbxAnimCurveNode& node) const {
+    for (int i = 0; i < node.GetDstPropertyCount(); ++i) {
+        if (node.GetDstProperty(i).GetName() == "Lcl Rotation") {
+            return true;
+        }
+    }
+    return false;
 }
 
 bool FbxAnimCurveFilterUnroll::Check(FbxAnimCurve** curves, int count, FbxStatus* status,
@@ -251,8 +284,12 @@ bool FbxAnimCurveFilterUnroll::Run(FbxAnimCurve** curves, int count, FbxStatus* 
         Fail(status, "No key to be filtered");
         return false;
     }
+    // A span of one key is left as it is: there is nothing to unroll it against.
+    if (firstIndex == lastIndex) {
+        return true;
+    }
     changed = Walk(temps, firstIndex, lastIndex);
-    if (commit && firstIndex != lastIndex) {
+    if (commit) {
         for (int i = 0; i < 3; ++i) {
             ReplaceSpan(*curves[i], *temps[i], span);
         }

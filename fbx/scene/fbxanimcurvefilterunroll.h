@@ -37,8 +37,14 @@ public:
     // filtered".
     bool Apply(FbxAnimCurve** curves, int count, FbxStatus* status = nullptr) override;
     using FbxAnimCurveFilter::Apply;
-    // Whether Apply would change a key value.
+    // Whether Apply would change a key value; false where Apply would fail.
     bool NeedApply(FbxAnimCurve** curves, int count, FbxStatus* status = nullptr);
+    bool NeedApply(FbxAnimCurveNode& node, FbxStatus* status = nullptr);
+    bool NeedApply(FbxAnimCurve& curve, FbxStatus* status = nullptr);
+    // Whether Apply would change a key of a rotation curve node on the stack's
+    // layers (of one animating a property of object).
+    bool NeedApply(FbxAnimStack& stack, FbxStatus* status = nullptr);
+    bool NeedApply(FbxObject& object, FbxAnimStack& stack, FbxStatus* status = nullptr);
 
     // The triple equivalent to in (degrees) closest to ref for order; true when
     // the flipped solution was taken. The spheric order copies in.
@@ -49,6 +55,10 @@ public:
     // for equal triples.
     static double InterpolationQualityFactor(const FbxVector4& a, const FbxVector4& b,
                                              FbxEuler::EOrder order = FbxEuler::eOrderXYZ);
+
+protected:
+    // Only rotation curve nodes hold Euler angles.
+    bool Treats(const FbxAnimCurveNode& node) const override;
 
 private:
     // Validates the curves and finds the span of keys to treat.
@@ -63,6 +73,5 @@ private:
     bool mTestForPath;
     bool mForceAutoTangents;
     FbxEuler::EOrder mRotationOrder;
-    bool mFlag;
     int mReplaceMode;
 };

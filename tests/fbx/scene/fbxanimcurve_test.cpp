@@ -286,4 +286,154 @@ TEST_F(FbxAnimCurveTest, KeySyncMergesInterleavedKeys) {
     EXPECT_EQ(b->KeyGetFlags(4), 0x2108u);
 }
 
+// A moved key stays between its neighbours: a time that would reorder or merge keys is
+// refused and changes nothing; an accepted one is found where it was put.
+TEST_F(FbxAnimCurveTest, KeySetKeepsKeysStrictlyIncreasing) {
+    const struct {
+        std::vector<FbxLongLong> times;
+        int index;
+        FbxLongLong to;
+        bool accepted;
+    } rows[] = {
+        {{10, 20, 30}, 0, 40, false},  // past its neighbour
+        {{10, 20, 30}, 0, 20, false},  // onto its neighbour
+        {{10, 20, 30}, 2, 5, false},  {{10, 20, 30}, 1, 10, false},
+        {{10, 20, 30}, 1, 30, false}, {{10, 20, 30}, 3, 40, false},  // no such key
+        {{10, 20, 30}, -1, 0, false}, {{10, 20, 30}, 0, -5, true},   // the ends may move outwards
+        {{10, 20, 30}, 2, 99, true},  {{10, 20, 30}, 1, 11, true},
+        {{10, 20, 30}, 1, 20, true},  // its own time
+        {{10}, 0, -7, true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << "key " << row.index << " to " << row.to);
+        FbxAnimCurve* curve = CurveWith(row.times);
+        std::vector<FbxLongLong> expected = row.times;
+        if (row.accepted) {
+            expected[static_cast<size_t>(row.index)] = row.to;
+        }
+        EXPECT_EQ(curve->KeySet(row.index, FbxTime(row.to), 5.0f), row.accepted);
+        EXPECT_EQ(Times(*curve), expected);
+        for (size_t k = 0; k < expected.size(); ++k) {
+            EXPECT_EQ(curve->KeyIndexAt(FbxTime(expected[k])), static_cast<int>(k));
+            EXPECT_DOUBLE_EQ(curve->KeyFind(FbxTime(expected[k])), static_cast<double>(k));
+        }
+        if (row.accepted) {
+            EXPECT_FLOAT_EQ(curve->KeyGetValue(row.index), 5.0f);
+            EXPECT_FLOAT_EQ(curve->Evaluate(FbxTime(row.to)), 5.0f);
+        }
+    }
+}
+
+// Cubic keys follow Hermite curves: auto tangents take the slope between the neighbours (flat
+// at the ends), user and broken tangents their stored slopes, in value per second. Each time
+// is asked twice, in opposite orders, so a stale search position shows.
+TEST_F(FbxAnimCurveTest, CubicEvaluationFollowsTheTangents) {
+    const auto curveOf = [&](const std::vector<std::pair<double, float>>& keys) {
+        FbxAnimCurve* curve = FbxAnimCurve::Create(mScene, "");
+        for (const auto& [seconds, value] : keys) {
+            FbxTime time;
+            time.SetSecondDouble(seconds);
+            curve->KeySetValue(curve->KeyAdd(time), value);
+        }
+        return curve;
+    };
+    FbxAnimCurve* line = curveOf({{0, 0}, {1, 1}, {2, 2}, {3, 3}});
+    FbxAnimCurve* uneven = curveOf({{0, 0}, {1, 1}, {3, 3}});
+    FbxAnimCurve* user = curveOf({{0, 0}, {2, 1}});
+    user->KeySetTangentMode(0, FbxAnimCurveDef::eTangentUser);
+    user->KeySetRightDerivative(0, 2.0f);
+    FbxAnimCurve* broken = curveOf({{0, 0}, {1, 1}, {2, 0}});
+    broken->KeySetTangentMode(1, FbxAnimCurveDef::eTangentBreak);
+    broken->KeySetLeftDerivative(1, 4.0f);
+    broken->KeySetRightDerivative(1, -4.0f);
+    const struct {
+        FbxAnimCurve* curve;
+        double seconds;
+        float value;
+    } rows[] = {
+        {line, 1.5, 1.5f},     {line, 0.5, 0.375f}, {line, 2.5, 2.625f},  {line, 1.0, 1.0f},
+        {line, -1.0, 0.0f},    {line, 9.0, 3.0f},   {uneven, 2.0, 2.25f}, {user, 1.0, 1.0f},
+        {user, 0.5, 0.71875f}, {broken, 0.5, 0.0f}, {broken, 1.5, 0.0f},
+    };
+    for (int pass = 0; pass < 2; ++pass) {
+        for (size_t i = 0; i < std::size(rows); ++i) {
+            const auto& row = rows[pass == 0 ? i : std::size(rows) - 1 - i];
+            FbxTime time;
+            time.SetSecondDouble(row.seconds);
+            EXPECT_NEAR(row.curve->Evaluate(time), row.value, 1e-6) << "at " << row.seconds;
+        }
+    }
+}
+
+// The queries a curve answers besides its keys: span, tangent mode, default value, bracket.
+TEST_F(FbxAnimCurveTest, SmallQueries) {
+    FbxAnimCurve* curve = CurveWith({});
+    FbxTimeSpan span(FbxTime(1), FbxTime(2));
+    EXPECT_FALSE(curve->GetTimeInterval(span));
+    curve->SetDefaultValue(4.5f);
+    EXPECT_FLOAT_EQ(curve->GetDefaultValue(), 4.5f);
+    EXPECT_FLOAT_EQ(curve->Evaluate(FbxTime(3)), 4.5f);
+    EXPECT_EQ(curve->KeyIndexAt(FbxTime(0)), -1);
+
+    curve = CurveWith({-30, 10, 70});
+    ASSERT_TRUE(curve->GetTimeInterval(span));
+    EXPECT_EQ(span, FbxTimeSpan(FbxTime(-30), FbxTime(70)));
+    EXPECT_EQ(curve->KeyIndexAt(FbxTime(11)), -1);
+    EXPECT_EQ(curve->KeyIndexAt(FbxTime(71)), -1);
+    EXPECT_EQ(static_cast<FbxUInt32>(curve->KeyGetTangentMode(1)), 0x2100u);
+    curve->KeySetTangentMode(1, FbxAnimCurveDef::eTangentUser);
+    EXPECT_EQ(curve->KeyGetTangentMode(1), FbxAnimCurveDef::eTangentUser);
+    EXPECT_EQ(curve->KeyGetInterpolation(1), FbxAnimCurveDef::eInterpolationCubic);
+    EXPECT_FALSE(curve->IsModifying());
+    curve->KeyModifyBegin();
+    EXPECT_TRUE(curve->IsModifying());
+    curve->KeyModifyEnd();
+    EXPECT_FALSE(curve->IsModifying());
+}
+
+// A curve node's channels: named, valued and connected one by one.
+TEST_F(FbxAnimCurveTest, CurveNodeChannels) {
+    FbxAnimCurveNode* node = FbxAnimCurveNode::Create(mScene, "node");
+    EXPECT_TRUE(node->AddChannel("A", 1.5));
+    EXPECT_TRUE(node->AddChannel("B", -2.0));
+    EXPECT_FALSE(node->AddChannel("A", 9.0));
+    EXPECT_EQ(node->GetChannelsCount(), 2);
+    EXPECT_EQ(node->GetChannelName(1), "B");
+    EXPECT_EQ(node->GetChannelName(2), "");
+    EXPECT_DOUBLE_EQ(node->GetChannelValue(0), 1.5);
+    EXPECT_TRUE(node->SetChannelValue(1, 7.0));
+    EXPECT_DOUBLE_EQ(node->GetChannelValue(1), 7.0);
+    EXPECT_FALSE(node->SetChannelValue(2, 7.0));
+    EXPECT_DOUBLE_EQ(node->GetChannelValue(2, -1.0), -1.0);
+
+    FbxAnimCurve* a = FbxAnimCurve::Create(mScene, "a");
+    FbxAnimCurve* b = FbxAnimCurve::Create(mScene, "b");
+    EXPECT_TRUE(node->ConnectToChannel(a, "B"));
+    EXPECT_TRUE(node->ConnectToChannel(b, 1));
+    EXPECT_FALSE(node->ConnectToChannel(a, "C"));
+    EXPECT_FALSE(node->ConnectToChannel(nullptr, 0));
+    EXPECT_EQ(node->GetCurveCount(0), 0);
+    EXPECT_EQ(node->GetCurveCount(1), 2);
+    EXPECT_EQ(node->GetCurve(1, 1), b);
+    EXPECT_EQ(node->CreateCurve(5), nullptr);
+    FbxAnimCurve* made = node->CreateCurve(0);
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(node->GetCurve(0), made);
+    EXPECT_EQ(made->GetScene(), mScene);
+
+    // Typed nodes: one channel per component, named after the property otherwise.
+    FbxNode* object = FbxNode::Create(mScene, "object");
+    object->LclRotation.Set(FbxDouble3(1, 2, 3));
+    FbxAnimCurveNode* rotation =
+        FbxAnimCurveNode::CreateTypedCurveNode(object->LclRotation, mScene);
+    ASSERT_NE(rotation, nullptr);
+    EXPECT_STREQ(rotation->GetName(), "R");
+    EXPECT_DOUBLE_EQ(rotation->GetChannelValue(rotation->GetChannelIndex("Y")), 2.0);
+    FbxAnimCurveNode* visibility =
+        FbxAnimCurveNode::CreateTypedCurveNode(object->Visibility, mScene);
+    ASSERT_NE(visibility, nullptr);
+    EXPECT_EQ(visibility->GetChannelName(0), "Visibility");
+    EXPECT_EQ(FbxAnimCurveNode::CreateTypedCurveNode(FbxProperty(), mScene), nullptr);
+}
+
 }  // namespace

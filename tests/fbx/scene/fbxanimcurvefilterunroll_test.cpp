@@ -10,6 +10,10 @@
 #include <vector>
 
 #include "fbx/scene/fbxanimcurve.h"
+#include "fbx/scene/fbxanimcurvenode.h"
+#include "fbx/scene/fbxanimlayer.h"
+#include "fbx/scene/fbxanimstack.h"
+#include "fbx/scene/fbxnode.h"
 #include "tests/fbx/scene/scenetest.h"
 
 namespace {
@@ -247,6 +251,180 @@ TEST_F(FbxUnrollTest, RandomTakesKeepTheirRotationsAndBecomeContinuous) {
         EXPECT_LE(worstStep, 8.0 + 1e-3);
     }
     EXPECT_EQ(mScene->GetMemberCount<FbxAnimCurve>(), 3);
+}
+
+// Every key of the three curves, to tell whether a run changed anything.
+std::vector<std::pair<FbxLongLong, float>> Snapshot(FbxAnimCurve* const* curves) {
+    std::vector<std::pair<FbxLongLong, float>> keys;
+    for (int i = 0; i < 3; ++i) {
+        for (int k = 0; k < curves[i]->KeyGetCount(); ++k) {
+            keys.emplace_back(curves[i]->KeyGetTime(k).Get(), curves[i]->KeyGetValue(k));
+        }
+    }
+    return keys;
+}
+
+// NeedApply answers true exactly when Apply then changes a key.
+TEST_F(FbxUnrollTest, NeedApplyForetellsWhetherApplyChangesAKey) {
+    const struct {
+        const char* name;
+        std::vector<FbxDouble3> keys;
+        int startFrame;  // the filter's start, in frames; -1 for none
+        bool testForPath;
+        bool changes;
+    } rows[] = {
+        {"continuous", {{10, 0, 0}, {20, 0, 0}, {30, 0, 0}}, -1, false, false},
+        {"flip", {{170, 0, 0}, {-170, 0, 0}}, -1, false, true},
+        {"whole turn", {{0, 0, 0}, {0, 370, 0}}, -1, false, true},
+        {"one key", {{-170, 20, 400}}, -1, false, false},
+        // The span holds only the last key, which differs from the one before by a turn.
+        {"one key span", {{170, 0, 0}, {-170, 0, 0}}, 1, false, false},
+        {"span after the flip", {{170, 0, 0}, {-170, 0, 0}, {-165, 0, 0}}, 1, false, true},
+        // The walk stops at the poor first step before the flip.
+        {"path test", {{0, 0, 0}, {361, 0, 0}, {-170, 0, 0}}, -1, true, true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        for (FbxAnimCurve* curve : mCurves) {
+            curve->KeyClear();
+        }
+        for (size_t i = 0; i < row.keys.size(); ++i) {
+            Key(static_cast<int>(i), row.keys[i]);
+        }
+        mFilter.Reset();
+        mFilter.SetTestForPath(row.testForPath);
+        if (row.startFrame >= 0) {
+            mFilter.SetStartTime(FbxTime(row.startFrame * 1176000LL));
+        }
+        const auto before = Snapshot(mCurves);
+        const bool need = mFilter.NeedApply(mCurves, 3, &mStatus);
+        EXPECT_EQ(Snapshot(mCurves), before);
+        ASSERT_TRUE(mFilter.Apply(mCurves, 3, &mStatus));
+        EXPECT_EQ(Snapshot(mCurves) != before, row.changes);
+        EXPECT_EQ(need, row.changes);
+        EXPECT_FALSE(mFilter.NeedApply(mCurves, 3, &mStatus));
+    }
+    EXPECT_FALSE(mFilter.NeedApply(mCurves, 2, &mStatus));
+    EXPECT_STREQ(mStatus.GetErrorString(), "Number of animation curves is not 3");
+}
+
+// Each setting reads back what was set, and Reset brings all of them back.
+TEST_F(FbxUnrollTest, SettingsAndReset) {
+    mFilter.SetQualityTolerance(3.5);
+    mFilter.SetTestForPath(true);
+    mFilter.SetForceAutoTangents(true);
+    mFilter.SetRotationOrder(FbxEuler::eOrderZYX);
+    mFilter.SetReplaceMode(2);
+    mFilter.SetStartTime(FbxTime(5));
+    mFilter.SetStopTime(FbxTime(9));
+    EXPECT_DOUBLE_EQ(mFilter.GetQualityTolerance(), 3.5);
+    EXPECT_TRUE(mFilter.GetTestForPath());
+    EXPECT_TRUE(mFilter.GetForceAutoTangents());
+    EXPECT_EQ(mFilter.GetRotationOrder(), FbxEuler::eOrderZYX);
+    EXPECT_EQ(mFilter.GetReplaceMode(), 2);
+    EXPECT_EQ(mFilter.GetStartTime(), FbxTime(5));
+    EXPECT_EQ(mFilter.GetStopTime(), FbxTime(9));
+    mFilter.Reset();
+    EXPECT_DOUBLE_EQ(mFilter.GetQualityTolerance(), 0.25);
+    EXPECT_FALSE(mFilter.GetTestForPath());
+    EXPECT_FALSE(mFilter.GetForceAutoTangents());
+    EXPECT_EQ(mFilter.GetRotationOrder(), FbxEuler::eOrderXYZ);
+    EXPECT_EQ(mFilter.GetReplaceMode(), 0);
+    EXPECT_EQ(mFilter.GetStartTime(), FBX_TIME_MINUS_INFINITE);
+    EXPECT_EQ(mFilter.GetStopTime(), FBX_TIME_INFINITE);
+    EXPECT_STREQ(mFilter.GetName(), "Unroll");
+}
+
+// Flipped cubic keys with user tangents become auto keys with flat slopes; keys of any other
+// kind, and keys that were not flipped, keep their tangents.
+TEST_F(FbxUnrollTest, ForcedAutoTangentsOnlyOnFlippedUserKeys) {
+    Key(0, FbxDouble3(0, 80, 0));
+    Key(1, FbxDouble3(180, 80, 180));  // the flipped form of (0, 100, 0)
+    Key(2, FbxDouble3(0, 100, 0));
+    for (FbxAnimCurve* curve : mCurves) {
+        for (int k = 0; k < 3; ++k) {
+            curve->KeySetInterpolation(k, FbxAnimCurveDef::eInterpolationCubic);
+            curve->KeySetTangentMode(k, FbxAnimCurveDef::eTangentBreak);
+            curve->KeySetRightDerivative(k, 5.0f);
+            curve->KeySetLeftDerivative(k, 6.0f);
+        }
+    }
+    mCurves[2]->KeySetInterpolation(1, FbxAnimCurveDef::eInterpolationLinear);
+    mFilter.SetForceAutoTangents(true);
+    ASSERT_TRUE(mFilter.Apply(mCurves, 3, &mStatus));
+    EXPECT_LT(Distance(At(1), FbxDouble3(0, 100, 0)), 1e-4);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(mCurves[i]->KeyGetFlags(1), 0x6108u);
+        EXPECT_FLOAT_EQ(mCurves[i]->KeyGetRightDerivative(1), 0.0f);
+        EXPECT_FLOAT_EQ(mCurves[i]->KeyGetLeftDerivative(1), 0.0f);
+    }
+    EXPECT_EQ(mCurves[2]->KeyGetFlags(1), 0x0C04u);
+    EXPECT_FLOAT_EQ(mCurves[2]->KeyGetRightDerivative(1), 5.0f);
+    for (int k : {0, 2}) {
+        EXPECT_EQ(mCurves[0]->KeyGetFlags(k), 0x0C08u);
+        EXPECT_FLOAT_EQ(mCurves[0]->KeyGetRightDerivative(k), 5.0f);
+    }
+}
+
+// In replace mode 2 the keys after the span move by the whole turns the span's last key
+// moved; in plain mode they stay.
+TEST_F(FbxUnrollTest, ReplaceModeTwoKeepsTheCurveContinuousPastTheSpan) {
+    for (int mode : {0, 2}) {
+        SCOPED_TRACE(testing::Message() << "mode " << mode);
+        for (FbxAnimCurve* curve : mCurves) {
+            curve->KeyClear();
+        }
+        Key(0, FbxDouble3(170, 0, 0));
+        Key(1, FbxDouble3(-175, 0, 0));
+        Key(2, FbxDouble3(-170, 0, 0));
+        mFilter.Reset();
+        mFilter.SetReplaceMode(mode);
+        mFilter.SetStopTime(FbxTime(1176000));
+        ASSERT_TRUE(mFilter.Apply(mCurves, 3, &mStatus));
+        EXPECT_FLOAT_EQ(At(1)[0], 185.0f);
+        EXPECT_FLOAT_EQ(At(2)[0], mode == 2 ? 190.0f : -170.0f);
+    }
+}
+
+// The stack overloads treat the rotation curve nodes on every layer (of one object when
+// given) and leave translations, which may well jump by 340, alone.
+TEST_F(FbxUnrollTest, StackAndObjectOverloadsTreatRotationsOnly) {
+    FbxAnimStack* stack = FbxAnimStack::Create(mScene, "take");
+    FbxAnimLayer* layer = FbxAnimLayer::Create(mScene, "layer");
+    stack->AddMember(layer);
+    FbxNode* nodes[2] = {FbxNode::Create(mScene, "a"), FbxNode::Create(mScene, "b")};
+    const auto keyJump = [&](FbxPropertyT<FbxDouble3>& property, const char* name) {
+        for (const char* channel : {"X", "Y", "Z"}) {
+            const float jump = channel[0] == 'X' ? 170.0f : 0.0f;
+            FbxAnimCurve* curve = property.GetCurve(layer, name, channel, true);
+            curve->KeySetValue(curve->KeyAdd(FbxTime(0)), jump);
+            curve->KeySetValue(curve->KeyAdd(FbxTime(1176000)), -jump);
+        }
+    };
+    for (FbxNode* node : nodes) {
+        keyJump(node->LclRotation, "Lcl Rotation");
+        keyJump(node->LclTranslation, "Lcl Translation");
+    }
+    const auto last = [&](FbxPropertyT<FbxDouble3>& property, const char* name) {
+        return property.GetCurve(layer, name, "X")->KeyGetValue(1);
+    };
+    EXPECT_TRUE(mFilter.NeedApply(*nodes[1], *stack, &mStatus));
+    ASSERT_TRUE(mFilter.Apply(*nodes[1], *stack, &mStatus));
+    EXPECT_FALSE(mFilter.NeedApply(*nodes[1], *stack, &mStatus));
+    EXPECT_FLOAT_EQ(last(nodes[0]->LclRotation, "Lcl Rotation"), -170.0f);
+    EXPECT_FLOAT_EQ(last(nodes[1]->LclRotation, "Lcl Rotation"), 190.0f);
+    EXPECT_TRUE(mFilter.NeedApply(*stack, &mStatus));
+    ASSERT_TRUE(mFilter.Apply(*stack, &mStatus));
+    EXPECT_FALSE(mFilter.NeedApply(*stack, &mStatus));
+    for (FbxNode* node : nodes) {
+        EXPECT_FLOAT_EQ(last(node->LclRotation, "Lcl Rotation"), 190.0f);
+        EXPECT_FLOAT_EQ(last(node->LclTranslation, "Lcl Translation"), -170.0f);
+    }
+    // A rotation node missing a channel's curve is refused with the reason.
+    FbxNode* partial = FbxNode::Create(mScene, "partial");
+    partial->LclRotation.GetCurve(layer, "Lcl Rotation", "X", true)->KeyAdd(FbxTime(0));
+    EXPECT_FALSE(mFilter.Apply(*stack, &mStatus));
+    EXPECT_STREQ(mStatus.GetErrorString(), "Not enough animation curves found");
 }
 
 }  // namespace

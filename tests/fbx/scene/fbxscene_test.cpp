@@ -221,4 +221,56 @@ TEST_F(FbxSceneTest, AnimatedSkeletonCanBeBuiltSearchedAndWalked) {
     EXPECT_EQ(mScene->GetNodeCount(), 4);
 }
 
+// A node's attribute, inheritance and shading; a stack's two spans and its layers; a
+// layer's curve nodes only for animatable properties.
+TEST_F(FbxSceneTest, NodeStackAndLayerAccessors) {
+    FbxNode* node = FbxNode::Create(mScene, "node");
+    EXPECT_EQ(node->GetNodeAttribute(), nullptr);
+    FbxSkeleton* joint = FbxSkeleton::Create(mScene, "joint");
+    ASSERT_TRUE(node->SetNodeAttribute(joint));
+    EXPECT_EQ(node->GetNodeAttribute(), joint);
+    EXPECT_FALSE(FbxNode::Create(mScene, "other")->SetNodeAttribute(joint));
+    for (auto type :
+         {FbxTransform::eInheritRrs, FbxTransform::eInheritRSrs, FbxTransform::eInheritRrSs}) {
+        node->SetTransformationInheritType(type);
+        FbxTransform::EInheritType read = FbxTransform::eInheritRrSs;
+        node->GetTransformationInheritType(read);
+        EXPECT_EQ(read, type);
+        EXPECT_EQ(node->InheritType.Get(), type);
+    }
+    EXPECT_EQ(node->GetShadingMode(), FbxNode::eHardShading);
+    node->SetShadingMode(FbxNode::eFlatShading);
+    EXPECT_EQ(node->GetShadingMode(), FbxNode::eFlatShading);
+
+    FbxAnimStack* stack = FbxAnimStack::Create(mScene, "take");
+    const FbxTimeSpan first(FbxTime(0), FbxTime(10));
+    const FbxTimeSpan second(FbxTime(5), FbxTime(20));
+    const FbxTimeSpan reference(FbxTime(-1), FbxTime(1));
+    stack->SetLocalTimeSpan(first);
+    EXPECT_EQ(stack->GetReferenceTimeSpan(), first);
+    stack->SetReferenceTimeSpan(reference);
+    stack->SetLocalTimeSpan(second);
+    EXPECT_EQ(stack->GetLocalTimeSpan(), second);
+    EXPECT_EQ(stack->GetReferenceTimeSpan(), reference);
+    FbxAnimLayer* layers[] = {FbxAnimLayer::Create(mScene, "a"), FbxAnimLayer::Create(mScene, "b")};
+    EXPECT_EQ(stack->GetMemberCount(), 0);
+    for (FbxAnimLayer* layer : layers) {
+        EXPECT_TRUE(stack->AddMember(layer));
+    }
+    EXPECT_EQ(stack->GetMemberCount(), 2);
+    EXPECT_EQ(stack->GetMember(1), layers[1]);
+    EXPECT_EQ(stack->GetMember(2), nullptr);
+
+    EXPECT_EQ(layers[0]->CreateCurveNode(node->Show), nullptr);
+    FbxProperty invalid;
+    EXPECT_EQ(layers[0]->CreateCurveNode(invalid), nullptr);
+    FbxAnimCurveNode* scaling = layers[0]->CreateCurveNode(node->LclScaling);
+    ASSERT_NE(scaling, nullptr);
+    EXPECT_STREQ(scaling->GetName(), "S");
+    EXPECT_EQ(layers[0]->GetMember(0), scaling);
+    EXPECT_EQ(layers[0]->GetMemberCount(), 1);
+    EXPECT_EQ(layers[1]->GetMemberCount(), 0);
+    EXPECT_TRUE(node->LclScaling.GetFlag(FbxPropertyFlags::eAnimated));
+}
+
 }  // namespace

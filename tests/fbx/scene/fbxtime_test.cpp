@@ -126,4 +126,53 @@ TEST(FbxTimeSpanTest, DirectionAndUnion) {
     EXPECT_EQ(span, FbxTimeSpan(FbxTime(-50), FbxTime(300)));
 }
 
+// Each mode's names, rate and the mode number of the older files, and fractional frames.
+TEST(FbxTimeTest, ModeNamesRatesAndFractionalFrames) {
+    const struct {
+        FbxTime::EMode mode;
+        const char* name;
+        double rate;
+        int oldMode;
+    } rows[] = {
+        {FbxTime::eDefaultMode, "30 fps", 30.0, 3},
+        {FbxTime::eFrames120, "120 fps", 120.0, 8},
+        {FbxTime::eNTSCFullFrame, "NTSC Full", 30000.0 / 1001.0, 9},
+        {FbxTime::eFrames1000, "1000 fps", 1000.0, 11},
+        {FbxTime::eCustom, "Custom", 0.0, 0},
+        {FbxTime::eFrames30Drop, "", 0.0, 0},
+        {static_cast<FbxTime::EMode>(-3), "", 0.0, 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_STREQ(FbxGetTimeModeName(row.mode), row.name);
+        EXPECT_STREQ(FbxGetGlobalTimeModeString(row.mode), row.name);
+        EXPECT_DOUBLE_EQ(FbxGetFrameRate(row.mode), row.rate);
+        EXPECT_EQ(FbxGetOldTimeModeValue(row.mode), row.oldMode);
+    }
+    EXPECT_DOUBLE_EQ(FbxGetFrameRate(FbxTime::eCustom, 90.0), 90.0);
+
+    FbxTime t;
+    t.SetFramePrecise(2.5, FbxTime::eFrames60);
+    EXPECT_EQ(t.Get(), 5880000);
+    EXPECT_DOUBLE_EQ(t.GetFrameCountPrecise(FbxTime::eFrames60), 2.5);
+    EXPECT_EQ(t.GetFrameCount(FbxTime::eFrames60), 2);
+    t.SetFramePrecise(-0.5, FbxTime::eCustom, 100.0);
+    EXPECT_EQ(t.Get(), -705600);
+    EXPECT_DOUBLE_EQ(t.GetFrameCountPrecise(FbxTime::eCustom), 0.0);
+
+    FbxTimeSpan span;
+    span.SetStop(FbxTime(-4));
+    span.SetStart(FbxTime(6));
+    EXPECT_EQ(span.GetSignedDuration(), FbxTime(-10));
+    EXPECT_TRUE(span.IsInside(FbxTime(0)));
+}
+
+TEST(FbxTimeTest, TimeCodeDefinitionIsProcessWide) {
+    const int saved = FbxTCGetDefinition();
+    EXPECT_EQ(saved, 127);
+    FbxTCSetDefinition(0);
+    EXPECT_EQ(FbxTCGetDefinition(), 0);
+    FbxTCSetDefinition(saved);
+}
+
 }  // namespace
