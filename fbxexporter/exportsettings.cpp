@@ -5,6 +5,8 @@
 #include <cmath>
 #include <optional>
 
+#include "nutypes/nuexception.h"
+
 namespace ExportSettings {
 
 QMap<QString, QVariant> defaults() {
@@ -160,4 +162,39 @@ SettingReading readSetting(const AbstractSettingsSynchronizer& settings, const c
                     .arg(QLatin1String(key), text, QLatin1String(rule.accepted))};
     }
     return {{}, QStringLiteral("Unknown setting: %1").arg(QLatin1String(key))};
+}
+
+RunSettings readRunSettings(const AbstractSettingsSynchronizer& settings) {
+    // Result code of the exceptions for settings the exporter cannot work with.
+    constexpr int InvalidSettingCode = 33;
+    RunSettings run;
+    const auto [preset, presetText] = readPreset(settings);
+    if (preset == 2) {
+        throw NuException(InvalidSettingCode,
+                          ("Invalid outputPreset: " + presetText).toStdString());
+    }
+    const auto [naming, namingText] = readNaming(settings);
+    if (naming == Naming_Invalid) {
+        throw NuException(InvalidSettingCode,
+                          ("Invalid naming convention: " + namingText).toStdString());
+    }
+    run.preset = preset;
+    run.naming = static_cast<Naming>(naming);
+    // A value the run cannot use ends it before anything is made, rather than exporting with
+    // a scale of 0 or the wrong format.
+    const auto value = [&settings](const char* key) {
+        SettingReading reading = readSetting(settings, key);
+        if (!reading.error.isEmpty()) {
+            throw NuException(InvalidSettingCode, reading.error.toStdString());
+        }
+        return reading.value;
+    };
+    run.outputScale = value(ExportSettings::OutputScale).toDouble();
+    run.dynamic = value(ExportSettings::TimeIncrementMode).toInt() == 1;
+    run.startAtZero = value(ExportSettings::TimeStart).toInt() == 0;
+    run.useCalibrationPose = value(ExportSettings::UseCalibrationPose).toBool();
+    run.frameSkip = value(ExportSettings::FrameSkip).toInt();
+    run.walkOnTheSpot = value(ExportSettings::WalkOnTheSpot).toBool();
+    run.exportFormat = value(ExportSettings::ExportFormat).toString();
+    return run;
 }

@@ -3,6 +3,7 @@
 #include <QMap>
 #include <QString>
 #include <QVariant>
+#include <cstdint>
 #include <utility>
 
 class AbstractSettingsSynchronizer;
@@ -46,3 +47,20 @@ std::pair<int, QString> readPreset(const AbstractSettingsSynchronizer& settings)
 // The naming convention (a Naming value) and the text it was read from, matched like the preset;
 // an empty value means "default".
 std::pair<int, QString> readNaming(const AbstractSettingsSynchronizer& settings);
+
+// The settings of one export run, read together at its start. A run without a settings store
+// keeps these values.
+struct RunSettings {
+    int preset = 1;  // 0 Nodes, 1 Skeleton
+    Naming naming = Naming_Default;
+    double outputScale = 100.0;
+    bool dynamic = true;       // keys at each frame's own time, not at fixed steps
+    bool startAtZero = false;  // keys from zero, not from the recording's time of day
+    bool useCalibrationPose = true;
+    int32_t frameSkip = 0;
+    bool walkOnTheSpot = false;
+    QString exportFormat;
+};
+// Reads the nine settings. Throws NuException (code 33) for an invalid preset or naming value
+// and for any value another key does not accept.
+RunSettings readRunSettings(const AbstractSettingsSynchronizer& settings);

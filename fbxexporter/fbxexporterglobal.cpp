@@ -36,21 +36,24 @@ FbxExporterGlobal::FbxExporterGlobal(AbstractZavoStudioPluginInterface& host,
     : NuFbxExporter(host, settings) {}
 
 bool FbxExporterGlobal::initScene(const QString& name) {
-    if (!m_host.hasBody()) return initObjectScene(name, true);
+    if (!host().hasBody()) return initObjectScene(name, true);
     if (!firstUsablePose().isValid()) return true;
 
+    FbxScene* scene = sceneUnderWay().scene();
     const QByteArray rootName = name.toUtf8();
-    FbxNull* rootNull = FbxNull::Create(m_scene, rootName.constData());
-    FbxNode* root = FbxNode::Create(m_scene, rootName.constData());
+    FbxNull* rootNull = FbxNull::Create(scene, rootName.constData());
+    FbxNode* root = FbxNode::Create(scene, rootName.constData());
     root->SetNodeAttribute(rootNull);
     root->LclTranslation.Set(FbxDouble3(0, 0, 0));
     root->LclRotation.Set(FbxDouble3(0, 0, 0));
-    m_scene->GetRootNode()->AddChild(root);
+    scene->GetRootNode()->AddChild(root);
 
-    setSegmentNames(nodeNames());
-    for (const FbxString& segmentName : m_segmentNodeNames) {
-        FbxNull* null = FbxNull::Create(m_scene, segmentName.Buffer());
-        FbxNode* node = FbxNode::Create(m_scene, segmentName.Buffer());
+    const QStringList names = nodeNames();
+    setSegmentNames(names);
+    for (const QString& segmentName : names) {
+        const QByteArray utf8 = segmentName.toUtf8();
+        FbxNull* null = FbxNull::Create(scene, utf8.constData());
+        FbxNode* node = FbxNode::Create(scene, utf8.constData());
         node->SetNodeAttribute(null);
         node->SetTransformationInheritType(FbxTransform::eInheritRSrs);
         root->AddChild(node);
@@ -59,51 +62,49 @@ bool FbxExporterGlobal::initScene(const QString& name) {
 }
 
 QStringList FbxExporterGlobal::nodeNames() const {
-    QStringList names = m_host.segmentNames();
+    QStringList names = host().segmentNames();
     const qsizetype hostSegments = names.size();
-    if (!m_host.fingerTrackingSegmentName(NuHand_Left, 0).isEmpty()) {
+    if (!host().fingerTrackingSegmentName(NuHand_Left, 0).isEmpty()) {
         for (const NuHandId hand : {NuHand_Left, NuHand_Right}) {
             for (const int joint : SkeletonDefinition::ExportedFingerJoints) {
-                names.append(m_host.fingerTrackingSegmentName(hand, joint));
+                names.append(host().fingerTrackingSegmentName(hand, joint));
             }
         }
     }
     // Props get neutral names, so that a rig made for one take fits the next whatever it holds.
     int prop = 0;
     for (qsizetype i = 0; i < hostSegments; ++i) {
-        if (m_host.isProp(static_cast<int>(i))) names[i] = QStringLiteral("Prop%1").arg(++prop);
+        if (host().isProp(static_cast<int>(i))) names[i] = QStringLiteral("Prop%1").arg(++prop);
     }
     return names;
 }
 
 bool FbxExporterGlobal::exportFrame(int frame) {
     // Without a prepared run (initialize failed, or the run is over) there is nothing to key.
-    if (!m_initialized) return false;
-    if (!m_host.hasBody()) return exportObjectFrame(frame);
+    if (!isRunning()) return false;
+    if (!host().hasBody()) return exportObjectFrame(frame);
     if (!useThisFrame(frame)) return true;
-    ZavoPoseObject pose;
-    if (!prepareFrame(frame, pose)) return true;
+    const std::optional<KeyedFrame> keyed = prepareFrame(frame);
+    if (!keyed) return true;
+    const ZavoPoseObject& pose = keyed->pose;
     const nuvia::Vector3 pelvis = toFbxAxes(nuvia::Vector3(pose.pos_g(0)));
     const int hostSegments = pose.segmentStateCount();
     nuvia::Vector3 euler;
-    for (int i = 0; i < static_cast<int>(m_segmentNodeNames.size()); ++i) {
+    for (int i = 0; i < segmentCount(); ++i) {
         AnimatedSegment* segment = animatedSegment(i);
         if (!segment) continue;
-        FbxNode* node = segment->node;
         const SegmentState s =
             i < hostSegments ? hostSegment(pose, i) : fingerJoint(pose, i - hostSegments);
         // Walking on the spot keeps every segment's horizontal position relative to the pelvis
         // of the same frame.
         nuvia::Vector3 p = toFbxAxes(s.position);
-        if (m_walkOnTheSpot) {
+        if (settings().walkOnTheSpot) {
             p[0] -= pelvis[0];
             p[2] -= pelvis[2];
         }
-        segment->translation.key(node->LclTranslation, m_animLayer, m_keyTime, p[0] * m_outputScale,
-                                 p[1] * m_outputScale, p[2] * m_outputScale, m_exportedFrameCount);
+        keyTranslation(*segment, keyed->time, p);
         toFbxAxes(s.orientation).toEuler(euler);
-        segment->rotation.key(node->LclRotation, m_animLayer, m_keyTime, euler[0], euler[1],
-                              euler[2], m_exportedFrameCount);
+        keyRotation(*segment, keyed->time, euler);
     }
     return true;
 }

@@ -1,6 +1,7 @@
 #include "fbxexporterlocal.h"
 
 #include <QHash>
+#include <algorithm>
 
 #include "axisconvention.h"
 #include "channelkeying.h"
@@ -14,17 +15,18 @@ FbxExporterLocal::FbxExporterLocal(AbstractZavoStudioPluginInterface& host,
     : NuFbxExporter(host, settings) {}
 
 bool FbxExporterLocal::initScene(const QString& name) {
-    if (!m_host.hasBody()) return initObjectScene(name, false);
+    m_poseTransform.reset();
+    if (!host().hasBody()) return initObjectScene(name, false);
     // A take whose first frames lack a pose is built from its first usable one; without any,
     // finalize reports that there is nothing to export.
     const ZavoPoseObject first = firstUsablePose();
     if (!first.isValid()) return true;
 
     // Without a calibration pose the skeleton stands as in the first usable frame.
-    ZavoPoseObject nullPose = m_host.nullPose();
+    ZavoPoseObject nullPose = host().nullPose();
     if (!isUsablePose(nullPose)) nullPose = first;
-    m_poseTransform = std::make_unique<PoseTransformFbx>(nullPose, m_host.jointInfoList(),
-                                                         static_cast<Naming>(m_naming));
+    m_poseTransform =
+        std::make_unique<PoseTransformFbx>(nullPose, host().jointInfoList(), settings().naming);
     // The take's own segment count, with the fingers when the calibration pose has them, decides
     // how many joints are made; it matches the skeleton when every prop of the take has a joint.
     const int fingers =
@@ -32,13 +34,14 @@ bool FbxExporterLocal::initScene(const QString& name) {
     const int count =
         std::min(first.segmentStateCount() + fingers, m_poseTransform->getSegmentCount());
 
-    FbxSkeleton* rootSkeleton = FbxSkeleton::Create(m_scene, name.toUtf8().constData());
-    FbxNode* root = FbxNode::Create(m_scene, name.toUtf8().constData());
+    FbxScene* scene = sceneUnderWay().scene();
+    FbxSkeleton* rootSkeleton = FbxSkeleton::Create(scene, name.toUtf8().constData());
+    FbxNode* root = FbxNode::Create(scene, name.toUtf8().constData());
     rootSkeleton->SetSkeletonType(FbxSkeleton::eRoot);
     root->SetNodeAttribute(rootSkeleton);
     root->LclTranslation.Set(FbxDouble3(0, 0, 0));
     root->LclRotation.Set(FbxDouble3(0, 0, 0));
-    m_scene->GetRootNode()->AddChild(root);
+    scene->GetRootNode()->AddChild(root);
 
     // The joints start in the calibration pose.
     m_poseTransform->transform(nullPose);
@@ -56,8 +59,8 @@ bool FbxExporterLocal::initScene(const QString& name) {
         FbxNode* parent = nodeOfPoseIndex.value(parentIndex, root);
         FbxNode* node = createJoint(segmentName);
         nodeOfPoseIndex.insert(poseIndex, node);
-        node->LclTranslation.Set(
-            FbxDouble3(m_outputScale * t[0], m_outputScale * t[1], m_outputScale * t[2]));
+        const double scale = settings().outputScale;
+        node->LclTranslation.Set(FbxDouble3(scale * t[0], scale * t[1], scale * t[2]));
         node->LclRotation.Set(FbxDouble3(r[0], r[1], r[2]));
         parent->AddChild(node);
     }
@@ -67,8 +70,9 @@ bool FbxExporterLocal::initScene(const QString& name) {
 
 FbxNode* FbxExporterLocal::createJoint(const QString& name) {
     const QByteArray utf8 = name.toUtf8();
-    FbxNode* node = FbxNode::Create(m_scene, utf8.constData());
-    FbxSkeleton* skeleton = FbxSkeleton::Create(m_scene, utf8.constData());
+    FbxScene* scene = sceneUnderWay().scene();
+    FbxNode* node = FbxNode::Create(scene, utf8.constData());
+    FbxSkeleton* skeleton = FbxSkeleton::Create(scene, utf8.constData());
     skeleton->SetSkeletonType(FbxSkeleton::eLimbNode);
     node->SetNodeAttribute(skeleton);
     // The parent's scaling applies before the joint's own rotation.
@@ -78,38 +82,32 @@ FbxNode* FbxExporterLocal::createJoint(const QString& name) {
 
 bool FbxExporterLocal::exportFrame(int frame) {
     // Without a prepared run (initialize failed, or the run is over) there is nothing to key.
-    if (!m_initialized) return false;
-    if (!m_host.hasBody()) return exportObjectFrame(frame);
+    if (!isRunning()) return false;
+    if (!host().hasBody()) return exportObjectFrame(frame);
     if (!useThisFrame(frame)) return true;
-    ZavoPoseObject pose;
-    if (!prepareFrame(frame, pose)) return true;
+    const std::optional<KeyedFrame> keyed = prepareFrame(frame);
+    if (!keyed) return true;
     // Nothing was built for a take without a usable pose.
     if (!m_poseTransform) return true;
-    m_poseTransform->transform(pose);
-    const nuvia::Vector3 pelvis = toFbxAxes(nuvia::Vector3(pose.pos_g(0)));
-    const int count =
-        std::min(m_poseTransform->getSegmentCount(), static_cast<int>(m_segmentNodeNames.size()));
+    m_poseTransform->transform(keyed->pose);
+    const nuvia::Vector3 pelvis = toFbxAxes(nuvia::Vector3(keyed->pose.pos_g(0)));
+    const int count = std::min(m_poseTransform->getSegmentCount(), segmentCount());
     nuvia::Vector3 t, r;
     for (int i = 0; i < count; ++i) {
         m_poseTransform->getSegmentPose(i, t, r);
         AnimatedSegment* segment = animatedSegment(i);
         if (!segment) continue;
-        // Only the pelvis moves; every other joint keeps its offset from its parent.
-        if (i == 0) keyPelvisTranslation(*segment, t, pelvis);
-        segment->rotation.key(segment->node->LclRotation, m_animLayer, m_keyTime, r[0], r[1], r[2],
-                              m_exportedFrameCount);
+        // Only the pelvis moves; every other joint keeps its offset from its parent. Walking on
+        // the spot keeps the pelvis's horizontal position at its own: zero, formed as a
+        // difference so that a position that is not a number stays visible.
+        if (i == 0) {
+            if (settings().walkOnTheSpot) {
+                t[0] = pelvis[0] - pelvis[0];
+                t[2] = pelvis[2] - pelvis[2];
+            }
+            keyTranslation(*segment, keyed->time, t);
+        }
+        keyRotation(*segment, keyed->time, r);
     }
     return true;
-}
-
-void FbxExporterLocal::keyPelvisTranslation(AnimatedSegment& pelvisSegment,
-                                            const nuvia::Vector3& translation,
-                                            const nuvia::Vector3& pelvis) {
-    // Walking on the spot keeps the horizontal position at the pelvis's own: zero, formed as a
-    // difference so that a position that is not a number stays visible.
-    const double x = m_walkOnTheSpot ? pelvis[0] - pelvis[0] : translation[0];
-    const double z = m_walkOnTheSpot ? pelvis[2] - pelvis[2] : translation[2];
-    pelvisSegment.translation.key(pelvisSegment.node->LclTranslation, m_animLayer, m_keyTime,
-                                  x * m_outputScale, translation[1] * m_outputScale,
-                                  z * m_outputScale, m_exportedFrameCount);
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <memory>
+
 #include "nufbxexporter.h"
+#include "posetransformfbx.h"
 
 class FbxNode;
 
@@ -21,7 +24,6 @@ public:
 private:
     // A limb-node joint named `name`, not yet in the tree.
     FbxNode* createJoint(const QString& name);
-    // Keys the pelvis's translation; `pelvis` is its global position on FBX axes.
-    void keyPelvisTranslation(AnimatedSegment& pelvisSegment, const nuvia::Vector3& translation,
-                              const nuvia::Vector3& pelvis);
+
+    std::unique_ptr<PoseTransformFbx> m_poseTransform;  // null until a usable pose built the scene
 };

@@ -1,4 +1,4 @@
-// Which poses an export run keys, and what it says when it has nothing to key.
+// Which frames an export run keys, at which time, and with which pose.
 #include <QStringList>
 #include <cmath>
 #include <limits>
@@ -35,7 +35,7 @@ bool NuFbxExporter::isUsablePose(const ZavoPoseObject& pose) const {
     const bool objects = !m_host.hasBody();
     for (int i = 0; i < pose.segmentStateCount(); ++i) {
         const NuQuaternion q = pose.q_gb(i, PoseBase_Global);
-        if (!isUsablePosition(pose.pos_g(i), m_outputScale, objects) ||
+        if (!isUsablePosition(pose.pos_g(i), m_settings.outputScale, objects) ||
             !isUsableOrientation(q.w, q.x, q.y, q.z)) {
             return false;
         }
@@ -45,7 +45,7 @@ bool NuFbxExporter::isUsablePose(const ZavoPoseObject& pose) const {
         for (int k = 0; k < 20; ++k) {
             const KexSegmentPose f = pose.fingerTrackingData(hand, k);
             const NuQuaternion& q = f.orientation;
-            if (!isUsablePosition(f.position, m_outputScale, false) ||
+            if (!isUsablePosition(f.position, m_settings.outputScale, false) ||
                 !isUsableOrientation(q.w, q.x, q.y, q.z)) {
                 return false;
             }
@@ -63,51 +63,28 @@ ZavoPoseObject NuFbxExporter::firstUsablePose() const {
     return {};
 }
 
-bool NuFbxExporter::prepareFrame(int frame, ZavoPoseObject& pose) {
-    setKeyTime(frame);
-    pose = framePose(frame);
-    if (!isUsablePose(pose)) {
-        ++m_invalidFrames;
-        m_lastError = tr("Received invalid pose data");
-        return false;
-    }
-    ++m_keyedFrames;
-    // A key at an earlier frame's time replaces that frame's key.
-    if (!m_keyTimes.insert(m_keyTime.Get()).second) ++m_collidingFrames;
-    return true;
+bool NuFbxExporter::useThisFrame(int frame) {
+    const FrameUse use = m_timing.select(frame, m_host.pose(frame));
+    m_counts.offered(use);
+    return use == FrameUse::Used;
 }
 
-QString NuFbxExporter::nothingToExport() const {
-    if (m_segmentNodeNames.empty()) {
-        return tr("Nothing to export: no frame of the take has a usable pose (valid, finite, "
-                  "and within range at output scale %1)")
-            .arg(m_outputScale);
-    }
-    if (m_keyedFrames > 0) return {};
-    if (m_offeredFrames == 0) return tr("Nothing to export: the take has no frame");
-    if (m_usedFrames == 0) {
-        return tr(
-            "Nothing to export: no frame of the take has a key (every frame lies before "
-            "the recording start)");
-    }
-    return tr(
-        "Nothing to export: no frame of the take has a key (every exported frame has an "
-        "invalid pose)");
+KeyTime NuFbxExporter::setKeyTime(int frame) {
+    // The first frame fixes the start of the keys, whether or not its pose is usable.
+    const FbxTime time = m_timing.next(frame, m_host.pose(frame));
+    if (!isUsablePose(framePose(frame))) return {std::nullopt, tr("Received invalid pose data")};
+    if (frame == m_timing.firstFrame()) m_animationStart = time;
+    m_animationStop = time;
+    return {time, {}};
 }
 
-QString NuFbxExporter::lostFramesWarning() const {
-    QStringList sentences;
-    const int leftOut = m_poselessFrames + m_invalidFrames;
-    if (leftOut > 0) {
-        sentences << tr("%1 of %2 frames have no usable pose and were left out")
-                         .arg(leftOut)
-                         .arg(m_usedFrames + m_poselessFrames);
+std::optional<NuFbxExporter::KeyedFrame> NuFbxExporter::prepareFrame(int frame) {
+    const KeyTime key = setKeyTime(frame);
+    if (!key.time) {
+        m_counts.unusable();
+        m_lastError = key.whyNot;
+        return std::nullopt;
     }
-    if (m_collidingFrames > 0) {
-        sentences << tr("%1 of %2 frames share a key time with an earlier frame; the file keeps "
-                        "the last of each")
-                         .arg(m_collidingFrames)
-                         .arg(m_keyedFrames);
-    }
-    return sentences.join(QStringLiteral("; "));
+    m_counts.keyed(*key.time);
+    return KeyedFrame{*key.time, framePose(frame)};
 }

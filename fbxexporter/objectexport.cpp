@@ -34,38 +34,36 @@ const nuvia::Quaternion& objectTurn() {
 
 bool NuFbxExporter::initObjectScene(const QString&, bool useNulls) {
     if (!firstUsablePose().isValid()) return true;
-    setSegmentNames(m_host.segmentNames());
-    for (const FbxString& name : m_segmentNodeNames) {
-        FbxNodeAttribute* attribute = createObjectAttribute(m_scene, name.Buffer(), useNulls);
-        FbxNode* node = FbxNode::Create(m_scene, name.Buffer());
+    FbxScene* scene = m_scene.scene();
+    const QStringList names = m_host.segmentNames();
+    setSegmentNames(names);
+    for (const QString& name : names) {
+        const QByteArray utf8 = name.toUtf8();
+        FbxNodeAttribute* attribute = createObjectAttribute(scene, utf8.constData(), useNulls);
+        FbxNode* node = FbxNode::Create(scene, utf8.constData());
         node->SetNodeAttribute(attribute);
         node->SetTransformationInheritType(FbxTransform::eInheritRrs);
-        m_scene->GetRootNode()->AddChild(node);
+        scene->GetRootNode()->AddChild(node);
     }
     return true;
 }
 
 bool NuFbxExporter::exportObjectFrame(int frame) {
     if (!useThisFrame(frame)) return true;
-    ZavoPoseObject pose;
-    if (!prepareFrame(frame, pose)) return true;
+    const std::optional<KeyedFrame> keyed = prepareFrame(frame);
+    if (!keyed) return true;
     nuvia::Quaternion r;
     nuvia::Vector3 euler;
-    for (int i = 0; i < static_cast<int>(m_segmentNodeNames.size()); ++i) {
+    for (int i = 0; i < segmentCount(); ++i) {
         AnimatedSegment* segment = animatedSegment(i);
         if (!segment) continue;
-        FbxNode* node = segment->node;
         // An empty pose places every object at the origin with a zero orientation.
-        const NuVector position = pose.pos_g(i);
+        const NuVector position = keyed->pose.pos_g(i);
         const nuvia::Vector3 p = position.size() == 0 ? nuvia::Vector3() : firstThree(position);
-        r.setQuatMulQuat(objectTurn(), pose.q_gb(i, PoseBase_Global));
-        const nuvia::Vector3 fbx = toFbxAxes(p);
-        segment->translation.key(node->LclTranslation, m_animLayer, m_keyTime,
-                                 fbx[0] * m_outputScale, fbx[1] * m_outputScale,
-                                 fbx[2] * m_outputScale, m_exportedFrameCount);
+        keyTranslation(*segment, keyed->time, toFbxAxes(p));
+        r.setQuatMulQuat(objectTurn(), keyed->pose.q_gb(i, PoseBase_Global));
         toFbxAxes(r).toEuler(euler);
-        segment->rotation.key(node->LclRotation, m_animLayer, m_keyTime, euler[0], euler[1],
-                              euler[2], m_exportedFrameCount);
+        keyRotation(*segment, keyed->time, euler);
     }
     return true;
 }

@@ -9,16 +9,11 @@
 #include "fbxexporterglobal.h"
 #include "fbxexporterlocal.h"
 
-// An exporter of either preset over a fake host, with its run's state open to the tests.
+// An exporter of either preset over a fake host, with a look into the scene under way.
 template <class Exporter>
 class Probe : public Exporter {
 public:
     explicit Probe(FakeHost& host) : Exporter(host, &host.settings), m_fake(host) {}
-
-    using Exporter::m_animLayer;
-    using Exporter::m_scene;
-    using Exporter::m_segmentNames;
-    using Exporter::m_takeName;
 
     // initialize() and every frame of the take; the scene stays open until finalize().
     void run(const QString& file = QStringLiteral("/tmp/take.fbx")) {
@@ -27,12 +22,14 @@ public:
             this->exportFrame(f);
         }
     }
-    FbxNode* node(const char* name) const { return m_scene->FindNodeByName(name); }
+    FbxScene* scene() const { return this->sceneUnderWay().scene(); }
+    const QStringList& segmentNames() const { return this->sceneUnderWay().segmentNames(); }
+    FbxNode* node(const char* name) const { return scene()->FindNodeByName(name); }
     // Curve "X", "Y" or "Z" of a node's Lcl Translation or Lcl Rotation; null when missing.
     FbxAnimCurve* curve(const char* name, bool translation, const char* channel) const {
         FbxNode* n = node(name);
         FbxPropertyT<FbxDouble3>& p = translation ? n->LclTranslation : n->LclRotation;
-        return p.GetCurve(m_animLayer, p.GetName().Buffer(), channel, false);
+        return p.GetCurve(this->sceneUnderWay().layer(), p.GetName().Buffer(), channel, false);
     }
     int keyCount(const char* name, bool translation = false) const {
         FbxAnimCurve* c = curve(name, translation, "X");

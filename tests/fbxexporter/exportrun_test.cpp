@@ -36,7 +36,7 @@ TEST(ExportRun, InitializeRefusesInvalidSettingsAndEmptyFileNames) {
     qInstallMessageHandler(previous);
     EXPECT_EQ(warning, "fbxexporter:94 initialize No valid filename retrieved");
     EXPECT_EQ(host.usageEvents, QStringList(3, "FileExportedFBX"));
-    EXPECT_EQ(probe.m_scene, nullptr);
+    EXPECT_EQ(probe.scene(), nullptr);
     EXPECT_FALSE(probe.exportFrame(0));
     EXPECT_TRUE(probe.finalize(false));
 }
@@ -68,7 +68,7 @@ TEST(ExportRun, InitializeChecksEverySettingsValue) {
                 EXPECT_EQ(e.message().rfind(std::string("Invalid ") + key + ": " + quoted, 0), 0)
                     << e.message();
             }
-            EXPECT_EQ(probe.m_scene, nullptr);
+            EXPECT_EQ(probe.scene(), nullptr);
             probe.finalize(true);
             ++tried;
         }
@@ -110,11 +110,10 @@ TEST(ExportRun, TakeNameCommentTimeModeAndCancel) {
         host.settings.values["frameSkip"] = skip;
         LocalProbe probe(host);
         probe.run(file);
-        EXPECT_EQ(probe.m_takeName, take);
-        EXPECT_STREQ(probe.m_scene->GetMember<FbxAnimStack>(0)->GetName(),
+        EXPECT_STREQ(probe.scene()->GetMember<FbxAnimStack>(0)->GetName(),
                      take.toUtf8().constData());
-        EXPECT_EQ(probe.m_scene->GetSceneInfo()->mComment, "Sprünge");
-        const FbxGlobalSettings& settings = probe.m_scene->GetGlobalSettings();
+        EXPECT_EQ(probe.scene()->GetSceneInfo()->mComment, "Sprünge");
+        const FbxGlobalSettings& settings = probe.scene()->GetGlobalSettings();
         EXPECT_EQ(settings.GetTimeMode(), mode) << rate;
         EXPECT_EQ(settings.GetCustomFrameRate(), mode == FbxTime::eCustom ? rate : -1.0);
         EXPECT_TRUE(probe.finalize(true));
@@ -184,7 +183,7 @@ TEST(ExportRun, UnusablePosesAndRunsWithNothingToExport) {
         host.settings.values = settings;
         LocalProbe probe(host);
         probe.run(dir.filePath("take.fbx"));
-        if (hipsKeys) *hipsKeys = probe.m_scene ? probe.keyCount("Hips", true) : -1;
+        if (hipsKeys) *hipsKeys = probe.scene() ? probe.keyCount("Hips", true) : -1;
         const bool written = probe.finalize(false);
         EXPECT_EQ(written, QFile::exists(dir.filePath("take.fbx")));
         return std::pair(written, probe.lastError().toStdString());

@@ -29,17 +29,17 @@ TEST(SkeletonPreset, BuildsTheSkeletonInOrderInBothNamings) {
         LocalProbe probe(host);
         probe.run();
         FbxNode* root = probe.node("Reference");
-        ASSERT_EQ(root->GetParent(), probe.m_scene->GetRootNode());
+        ASSERT_EQ(root->GetParent(), probe.scene()->GetRootNode());
         EXPECT_EQ(root->GetSkeleton()->GetSkeletonType(), FbxSkeleton::eRoot);
         EXPECT_EQ(root->GetChildCount(true), segments);
-        ASSERT_EQ(probe.m_segmentNames.size(), segments);
+        ASSERT_EQ(probe.segmentNames().size(), segments);
         for (const QString& joint : joints) {
             const QStringList j = joint.split(' ');
-            EXPECT_EQ(probe.m_segmentNames[j[0].toInt()], j[1]);
+            EXPECT_EQ(probe.segmentNames()[j[0].toInt()], j[1]);
             EXPECT_EQ(probe.node(qPrintable(j[1]))->GetParent()->GetName(), j[2])
                 << qPrintable(joint);
         }
-        const QByteArray last = probe.m_segmentNames.last().toUtf8();
+        const QByteArray last = probe.segmentNames().last().toUtf8();
         const FbxNode* joint = probe.node(last.constData());
         EXPECT_EQ(joint->GetSkeleton()->GetSkeletonType(), FbxSkeleton::eLimbNode);
         EXPECT_EQ(joint->InheritType.Get(), FbxTransform::eInheritRSrs);
@@ -82,7 +82,8 @@ TEST(SkeletonPreset, StartsInTheCalibrationPoseAndKeysRotations) {
     EXPECT_EQ(probe.keyCount("Hips", true), 2);
     EXPECT_EQ(probe.keyCount("LeftToeBase"), 2);
     EXPECT_EQ(probe.keyCount("LeftToeBase", true), -1);
-    EXPECT_EQ(probe.node("Reference")->LclRotation.GetCurveNode(probe.m_animLayer), nullptr);
+    EXPECT_EQ(probe.node("Reference")->LclRotation.GetCurveNode(probe.sceneUnderWay().layer()),
+              nullptr);
     // Walking on the spot keeps the height and drops the horizontal travel; fingers without
     // data in a frame sit unrotated.
     const auto height = static_cast<float>(host.frames[4]->positions[0][2] * 100);
@@ -104,7 +105,7 @@ TEST(SkeletonPreset, InvalidFirstPoseMissingPoseAndShortPositions) {
     host.frames[0]->valid = false;
     LocalProbe probe(host);
     probe.run();
-    EXPECT_EQ(probe.m_segmentNames.size(), 23);
+    EXPECT_EQ(probe.segmentNames().size(), 23);
     EXPECT_EQ(probe.keyCount("Hips", true), 3);
     probe.finalize(true);
 
@@ -132,9 +133,9 @@ TEST(NodesPreset, FlatNodesWithGlobalKeys) {
     ASSERT_NE(root->GetNull(), nullptr);
     EXPECT_EQ(root->GetChildCount(), 25 + 30);
     EXPECT_EQ(root->GetChildCount(true), 25 + 30);
-    EXPECT_EQ(probe.m_segmentNames.mid(0, 3), (QStringList{"Seg0", "Prop1", "Seg2"}));
-    EXPECT_EQ(probe.m_segmentNames.mid(23, 3), (QStringList{"Object1", "Prop2", "LFinger1"}));
-    EXPECT_EQ(probe.m_segmentNames.last(), "RFinger19");
+    EXPECT_EQ(probe.segmentNames().mid(0, 3), (QStringList{"Seg0", "Prop1", "Seg2"}));
+    EXPECT_EQ(probe.segmentNames().mid(23, 3), (QStringList{"Object1", "Prop2", "LFinger1"}));
+    EXPECT_EQ(probe.segmentNames().last(), "RFinger19");
     EXPECT_NE(probe.node("LFinger5")->GetNull(), nullptr);
     // Positions relative to the pelvis horizontally, scaled, on FBX axes.
     const FakePose& pose = *host.frames[2];
@@ -162,7 +163,7 @@ TEST(ObjectExport, TakesWithoutABody) {
     host.frames[0]->valid = false;
     LocalProbe invalid(host);
     invalid.run();
-    EXPECT_EQ(invalid.m_scene->GetRootNode()->GetChildCount(), 2);  // from the second frame
+    EXPECT_EQ(invalid.scene()->GetRootNode()->GetChildCount(), 2);  // from the second frame
     invalid.finalize(true);
 
     host.frames[0]->valid = true;
@@ -176,7 +177,7 @@ TEST(ObjectExport, TakesWithoutABody) {
     ASSERT_NE(marker, nullptr);
     EXPECT_EQ(std::tuple(marker->GetType(), marker->Look.Get()),
               std::tuple(FbxMarker::eStandard, FbxMarker::eLightCross));
-    EXPECT_EQ(ball->GetParent(), markers.m_scene->GetRootNode());
+    EXPECT_EQ(ball->GetParent(), markers.scene()->GetRootNode());
     EXPECT_EQ(ball->InheritType.Get(), FbxTransform::eInheritRrs);
     // Frame 0 shows the calibration pose; frame 1 the object at (1, 2, 3) m.
     EXPECT_EQ(markers.lastKeys("Ball", true), (Keys{200, 300, 100}));
