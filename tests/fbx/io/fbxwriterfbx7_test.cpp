@@ -1,5 +1,3 @@
-#include <sys/stat.h>
-
 #include <map>
 #include <set>
 
@@ -250,12 +248,6 @@ TEST(FbxWriterFbx7, FailedWritesReportAndKeepTheOldFile) {
     TempDir dir;
     ManagerScope manager;
     FbxScene* scene = BuildAnimatedScene(manager.get(), {1, true, 2});
-    EXPECT_EQ("Could not write /dev/full: No space left on device",
-              Export(manager.get(), scene, "/dev/full"));
-    struct stat info {};
-    ASSERT_EQ(0, stat("/dev/full", &info));
-    EXPECT_TRUE(S_ISCHR(info.st_mode)) << "a device is written in place, never replaced";
-
     const std::string target = dir.File("take.fbx");
     std::ofstream(target) << "previous take";
     EXPECT_EQ("Invalid document handle", Export(manager.get(), nullptr, target));

@@ -1,34 +1,15 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
 #include "bvhclip.h"
 #include "bvhtake.h"
 #include "takeerror.h"
 
 namespace {
 
-const std::string dataDir = ZAVO_BVH_DATA_DIR;
-
-std::string clipText(const char* name) {
-    std::ifstream file(dataDir + "/" + name, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
 void expectNear(takemath::Vec3 a, takemath::Vec3 b, double tolerance = 1e-9) {
     EXPECT_NEAR(a.x, b.x, tolerance);
     EXPECT_NEAR(a.y, b.y, tolerance);
     EXPECT_NEAR(a.z, b.z, tolerance);
-}
-
-int jointIndex(const BvhClip& clip, const std::string& name) {
-    for (size_t j = 0; j < clip.joints.size(); ++j)
-        if (clip.joints[j].name == name) return static_cast<int>(j);
-    return -1;
 }
 
 // Root at a position channel, turned by its own channel order, a child and a grandchild.
@@ -82,74 +63,11 @@ TEST(BvhReader, TakeUsesHostAxesMetresAndTheRestPoseAsNullPose) {
     EXPECT_EQ(frame.segments[14].position, frame.segments[1].position);
 }
 
-TEST(BvhReader, ReadsTheRealClips) {
-    ASSERT_TRUE(std::filesystem::is_directory(dataDir)) << "no clips in " << dataDir;
-    const BvhClip walk = readBvhFile(dataDir + "/cmu_02_01_walk.bvh");
-    const BvhClip run = parseBvh(clipText("cmu_02_03_run.bvh"), "run.bvh");
-    const BvhClip alt = readBvhFile(dataDir + "/cmu_131_01_walk_alt_names.bvh");
-    for (const BvhClip* clip : {&walk, &run, &alt}) {
-        EXPECT_EQ(clip->joints.size(), 31u);
-        EXPECT_EQ(clip->channelCount, 96);
-    }
-    EXPECT_EQ(walk.frameCount, 343);
-    EXPECT_EQ(run.frameCount, 173);
-    EXPECT_EQ(alt.frameCount, 994);
-    EXPECT_EQ(alt.frameTimeText, ".0083333");
-    EXPECT_EQ(jointIndex(alt, "LeftElbow"), 19);
-    EXPECT_EQ(alt.joints[19].channels[1], BvhChannel::XRotation);  // per-joint channel order
-}
-
-// A small clip in the three line-end styles: the same numbers and the same error lines.
-TEST(BvhReader, ReadsLfCrlfAndCrAlike) {
-    const std::string clip =
-        "HIERARCHY\nROOT Hips\n{\n\tOFFSET 0 0 0\n\tCHANNELS 3 Xposition Yposition Zposition\n"
-        "}\nMOTION\nFrames: 2\nFrame Time: 0.5\n1 2 3\n4 5 6\n";
-    const auto withEnds = [](std::string text, const std::string& end) {
-        for (size_t at = text.find('\n'); at != std::string::npos;
-             at = text.find('\n', at + end.size()))
-            text.replace(at, 1, end);
-        return text;
-    };
-    for (const std::string end : {"\n", "\r\n", "\r"}) {
-        const BvhClip parsed = parseBvh(withEnds(clip, end), "b.bvh");
-        EXPECT_EQ(parsed.values, (std::vector<double>{1, 2, 3, 4, 5, 6}));
-        std::string broken = withEnds(clip, end);
-        broken.replace(broken.find("4 5"), 3, "4 five");
-        try {
-            parseBvh(broken, "b.bvh");
-            ADD_FAILURE() << "accepted a word among the numbers";
-        } catch (const TakeError& error) {
-            EXPECT_STREQ(error.what(),
-                         "b.bvh: line 11: frame 1: expected a finite number, "
-                         "found 'five'");
-        }
-    }
-}
-
-// Nesting as deep as the file likes costs no stack.
-TEST(BvhReader, ReadsThirtyThousandNestedJoints) {
-    constexpr int depth = 30000;
-    std::string text =
-        "HIERARCHY\nROOT j0\n{\nOFFSET 0 0 0\nCHANNELS 6 Xposition Yposition "
-        "Zposition Zrotation Yrotation Xrotation\n";
-    for (int j = 1; j < depth; ++j)
-        text += "JOINT j" + std::to_string(j) + "\n{\nOFFSET 0 1 0\nCHANNELS 1 Zrotation\n";
-    for (int j = 0; j < depth; ++j) text += "}\n";
-    text += "MOTION\nFrames: 1\nFrame Time: 0.01\n";
-    for (int c = 0; c < depth + 5; ++c) text += "0 ";
-    text += "\n";
-    const BvhClip clip = parseBvh(text, "deep.bvh");
-    ASSERT_EQ(clip.joints.size(), static_cast<size_t>(depth));
-    EXPECT_EQ(clip.joints.back().parent, depth - 2);
-    EXPECT_DOUBLE_EQ(bvhForwardKinematics(clip, 0).back().position.y, depth - 1);
-}
-
 // Every malformed input ends in one line naming the file, the line and what was expected.
 TEST(BvhReader, ReportsMalformedFilesWithTheirLine) {
     const std::string head = "HIERARCHY\nROOT Hips\n{\nOFFSET 0 0 0\nCHANNELS 1 Xrotation\n}\n";
     const std::string motion = head + "MOTION\nFrames: 2\nFrame Time: 0.1\n";
-    const std::string run = clipText("cmu_02_03_run.bvh");
-    const std::vector<std::pair<std::string, std::string>> cases = {
+    std::vector<std::pair<std::string, std::string>> cases = {
         {"", "line 1: expected HIERARCHY, found the end of the file"},
         {std::string(3, '\0'), "line 1: expected HIERARCHY, found '\\x00\\x00\\x00'"},
         {"HIERARCHY\nROOT Hips\n{\nCHANNELS 0\n}", "line 4: expected OFFSET, found 'CHANNELS'"},
@@ -160,6 +78,8 @@ TEST(BvhReader, ReportsMalformedFilesWithTheirLine) {
         {"HIERARCHY\nROOT Hips\n{\nOFFSET 0 0 0\nCHANNELS 1 Xrotation\n",
          "line 6: expected JOINT, End Site or '}', found the end of the file"},
         {"HIERARCHY\rROOT Hips\r{\rOFFSET 0 0\rCHANNELS 0\r}",
+         "line 5: expected a number, found 'CHANNELS'"},
+        {"HIERARCHY\r\nROOT Hips\r\n{\nOFFSET 0 0\r\nCHANNELS 0\r\n}",
          "line 5: expected a number, found 'CHANNELS'"},
         {"HIERARCHY\nROOT Hips\n{\nOFFSET 0 nan 0\n",
          "line 4: expected a finite number, found 'nan'"},
@@ -196,8 +116,12 @@ TEST(BvhReader, ReportsMalformedFilesWithTheirLine) {
         {motion + "1\n",
          "line 10: expected 2 frames as Frames: says, found the end of the file "
          "after 1"},
-        {run.substr(0, run.size() - 300), "line 360: frame 172: expected 96 numbers, found 59"},
     };
+    // Every spelling of a non-finite number that the C library reads.
+    for (const std::string word :
+         {"nan", "NaN", "-nan", "nan(0x7)", "inf", "-INF", "Infinity", "1e400", "+inf"})
+        cases.emplace_back(motion + "0\n" + word + "\n",
+                           "line 11: frame 1: expected a finite number, found '" + word + "'");
     for (const auto& [text, message] : cases) {
         try {
             parseBvh(text, "b.bvh");
@@ -206,26 +130,5 @@ TEST(BvhReader, ReportsMalformedFilesWithTheirLine) {
             EXPECT_EQ(error.what(), "b.bvh: " + message) << text.substr(0, 200);
         }
     }
-    // Every spelling of a non-finite number that the C library reads.
-    for (const char* word :
-         {"nan", "NaN", "-nan", "nan(0x7)", "inf", "-INF", "Infinity", "1e400", "+inf"}) {
-        try {
-            parseBvh(motion + "0\n" + word + "\n", "b.bvh");
-            ADD_FAILURE() << "accepted " << word;
-        } catch (const TakeError& error) {
-            EXPECT_EQ(error.what(), "b.bvh: line 11: frame 1: expected a finite number, found '" +
-                                        std::string(word) + "'");
-        }
-    }
     EXPECT_THROW(readBvhFile("/nonexistent/clip.bvh"), TakeError);
-}
-
-TEST(BvhReader, RefusesADeviceAfterItsFirstBlock) {
-    try {
-        readBvhFile("/dev/zero");
-        ADD_FAILURE() << "accepted /dev/zero";
-    } catch (const TakeError& error) {
-        EXPECT_EQ(std::string(error.what()).substr(0, 46),
-                  "/dev/zero: line 1: expected HIERARCHY, found '");
-    }
 }

@@ -228,16 +228,17 @@ TEST(FileSystemFaultMatrix, EachFaultEndsInAFileOrAClearRefusalThatKeepsTheFolde
         if (QFileInfo("/dev/null").isFile()) problem += "/dev/null became a file";
         tally.row("devices", "/dev/null", problem);
     }
-    {
-        // Standard output holds the FBX data alone; the plug-in's lines go to standard error.
-        const ProgramRun run = runProgram(root, demoArguments("-"));
+    // Standard output holds the FBX data alone; the plug-in's lines go to standard error.
+    for (const QString output : {"-", "/dev/stdout"}) {
+        const ProgramRun run = runProgram(root, demoArguments(output));
         std::string problem = failure(run);
         if (problem.empty()) problem = unreadableExport(run.outputBytes, 3, {});
         if (!run.standardError.contains("Program Success!\n") ||
-            !run.standardError.contains("\n-: 3 frames, "))
+            !run.standardError.contains("\n" + output + ": 3 frames, "))
             problem += "; standard error lacks the plug-in's lines or the summary";
-        if (QFileInfo::exists(root.filePath("-"))) problem += "; wrote a file named -";
-        tally.row("devices", "\"-\" for standard output", problem);
+        if (QFileInfo::exists(root.filePath(output)))
+            problem += "; wrote a file named " + output.toStdString();
+        tally.row("devices", output.toStdString() + " for standard output", problem);
     }
     {
         FaultCase c(root, "fifo");
