@@ -1,13 +1,16 @@
 // The whole system at work: the program drives the plug-in over a take, and assimp, an
-// independent reader, finds every segment where the take put it.
+// independent reader, finds every segment where the take put it, and every joint of a BVH clip
+// near where the clip's own forward kinematics puts it.
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QRegularExpression>
 #include <algorithm>
 #include <cmath>
 
 #include "bodytables.h"
 #include "bvhclip.h"
+#include "bvhfolding.h"
 #include "bvhframerate.h"
 #include "bvhtake.h"
 #include "demotake.h"
@@ -52,11 +55,13 @@ double rotationDifference(const fbxtest::Matrix& world, const takemath::Quat& q)
     return difference;
 }
 
-// Exports with the variant's preset and format and loads the result.
+// Exports with the variant's preset and format and loads the result; `output` receives what
+// the program printed.
 bool exportScene(const QTemporaryDir& folder, QStringList arguments, const Variant& variant,
-                 fbxtest::AssimpScene& scene) {
+                 fbxtest::AssimpScene& scene, QString* output = nullptr) {
     arguments << "--preset" << variant.preset << "--format" << variant.format << "out.fbx";
     const ProgramRun run = runProgram(folder, arguments);
+    if (output) *output = run.standardOutput;
     EXPECT_EQ(run.exitStatus, 0) << run.standardError.toStdString();
     // Every binary file must also pass the structural reader.
     const std::string path = folder.filePath("out.fbx").toStdString();
@@ -147,16 +152,18 @@ TEST(ExportRoundTrip, DemoTakeSegmentsLandWhereTheTakePutsThem) {
 constexpr double metresPerUnit = 0.056444;  // the CMU clips' unit
 
 // What the program exported from `clip` against the clip's own forward kinematics at one
-// frame. Positions compared: every segment in the Nodes preset, which writes global
-// positions. The Skeleton preset rebuilds positions from the rest pose's bones, so there a
+// frame; the Skeleton preset's first frame is the clip's own (no calibration pose), the Nodes
+// preset's the rest pose. Positions compared: every segment in the Nodes preset, which writes
+// global positions. The Skeleton preset rebuilds positions from the rest pose's bones, so there a
 // segment is compared where every bone up to the pelvis is the clip's own (isOwnBone), and a
 // segment whose own bone is the clip's but a bone above it is not is compared relative to its
 // parent (a bent bone above moves the whole branch). Orientations are compared everywhere.
 int expectClipFrame(const fbxtest::AssimpScene& scene, const BvhClip& clip,
                     const std::vector<BvhSegment>& segments, const std::vector<bool>& wholeChain,
                     bool skeleton, int frame) {
-    // BVH axes are the FBX axes; output in centimetres. Frame 0 shows the rest pose.
-    const std::vector<BvhJointPose> fk = bvhForwardKinematics(clip, frame == 0 ? -1 : frame);
+    // BVH axes are the FBX axes; output in centimetres.
+    const std::vector<BvhJointPose> fk =
+        bvhForwardKinematics(clip, frame == 0 && !skeleton ? -1 : frame);
     const auto expected = [&](const BvhSegment& s) {
         return (100 * metresPerUnit) * fk[static_cast<size_t>(s.joint)].position;
     };
@@ -180,6 +187,32 @@ int expectClipFrame(const fbxtest::AssimpScene& scene, const BvhClip& clip,
     return compared;
 }
 
+// The Skeleton preset keeps the rest pose's bones, so a folded joint that turns carries the
+// joints below it off the clip: every clip joint, at the node standing in for it, must stay
+// within 8 cm of where the clip puts it (at every 7th frame and the worst one), and what
+// --verbose reports must be what the file shows, to single-precision keys.
+void expectFoldingWithinEightCentimetres(const fbxtest::AssimpScene& scene, const BvhClip& clip,
+                                         const QString& output) {
+    const BvhFolding folding = measureBvhFolding(clip, mapBvhJoints(clip), metresPerUnit);
+    double worst = 0;
+    for (int frame = 0; frame < clip.frameCount; ++frame) {
+        if (frame % 7 != 0 && frame != folding.worstFrame) continue;
+        const std::vector<BvhJointPose> fk = bvhForwardKinematics(clip, frame);
+        const double seconds = defaultFrameTime(frame, bvhFrameRate(clip).rate) / 1000.0;
+        for (size_t j = 0; j < clip.joints.size(); ++j) {
+            const std::string node = bvhStandInName(folding.standIn[j]);
+            worst = std::max(worst, distance(translation(scene.WorldTransformAt(node, seconds)),
+                                             (100 * metresPerUnit) * fk[j].position));
+        }
+    }
+    EXPECT_LE(worst, 8.0);
+    const QRegularExpressionMatch reported =
+        QRegularExpression("worst joint position error in the Skeleton preset ([0-9.]+) cm")
+            .match(output);
+    ASSERT_TRUE(reported.hasMatch()) << output.toStdString();
+    EXPECT_NEAR(reported.captured(1).toDouble(), worst, 0.02);
+}
+
 TEST(ExportRoundTrip, BvhClipsMatchTheirOwnForwardKinematics) {
     const QDir clips(ZAVO_BVH_DATA_DIR);
     const QStringList files = clips.entryList({"*.bvh"}, QDir::Files, QDir::Name);
@@ -193,16 +226,20 @@ TEST(ExportRoundTrip, BvhClipsMatchTheirOwnForwardKinematics) {
                 isOwnBone(clip, segments, i) && wholeChain[static_cast<size_t>(segments[i].parent)];
         for (const Variant& variant : variants) {
             SCOPED_TRACE(file.toStdString() + " " + variant.preset + " " + variant.format);
+            const bool skeleton = std::string(variant.preset) == "skeleton";
             QTemporaryDir folder;
             fbxtest::AssimpScene scene;
-            if (!exportScene(folder, {clips.filePath(file), "--bvh-unit", "0.056444"}, variant,
-                             scene))
-                continue;
+            QString output;
+            QStringList arguments{clips.filePath(file), "--bvh-unit", "0.056444"};
+            if (skeleton)
+                arguments << "--no-calibration-pose"
+                          << "--verbose";
+            if (!exportScene(folder, arguments, variant, scene, &output)) continue;
             int compared = 0;
             for (int frame = 0; frame < clip.frameCount; frame += 37)
-                compared += expectClipFrame(scene, clip, segments, wholeChain,
-                                            std::string(variant.preset) == "skeleton", frame);
+                compared += expectClipFrame(scene, clip, segments, wholeChain, skeleton, frame);
             EXPECT_GT(compared, 0);
+            if (skeleton) expectFoldingWithinEightCentimetres(scene, clip, output);
         }
     }
 }
