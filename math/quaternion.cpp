@@ -21,15 +21,15 @@ double asinClamped(double v) {
 
 }  // namespace
 
-Quaternion::Quaternion(double w, double x, double y, double z, bool normalize)
-    : NuQuaternion{w, x, y, z} {
+Quaternion::Quaternion(double qw, double qx, double qy, double qz, bool normalize)
+    : NuQuaternion{qw, qx, qy, qz} {
     if (!normalize) return;
     const double norm = std::sqrt(w * w + x * x + y * y + z * z);
     if (norm == 0.0) return;
-    this->w /= norm;
-    this->x /= norm;
-    this->y /= norm;
-    this->z /= norm;
+    w /= norm;
+    x /= norm;
+    y /= norm;
+    z /= norm;
 }
 
 void Quaternion::setIdentity() {

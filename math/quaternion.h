@@ -11,9 +11,9 @@ namespace nuvia {
 class Quaternion : public NuQuaternion {
 public:
     Quaternion() : NuQuaternion{1.0, 0.0, 0.0, 0.0} {}  // the identity rotation
-    Quaternion(double w, double x, double y, double z) : NuQuaternion{w, x, y, z} {}
+    Quaternion(double qw, double qx, double qy, double qz) : NuQuaternion{qw, qx, qy, qz} {}
     // Normalised to unit length when `normalize` is true; a zero quaternion stays zero.
-    Quaternion(double w, double x, double y, double z, bool normalize);
+    Quaternion(double qw, double qx, double qy, double qz, bool normalize);
     Quaternion(const NuQuaternion& q) : NuQuaternion(q) {}
 
     void setIdentity();

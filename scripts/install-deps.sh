@@ -3,7 +3,7 @@
 # of them are present already.
 set -euo pipefail
 
-packages=(cmake ninja-build g++ clang-format qt6-base-dev zlib1g-dev libgtest-dev libgmock-dev
+packages=(cmake ninja-build g++ clang-format-14 qt6-base-dev zlib1g-dev libgtest-dev libgmock-dev
           libbenchmark-dev libassimp-dev libdeflate-dev pkg-config clang-14 libfuzzer-14-dev
           libclang-rt-14-dev valgrind)
 

@@ -8,8 +8,8 @@ FbxDocumentInfo::FbxDocumentInfo(FbxManager& manager, const char* name) : FbxObj
     Url = AddProperty("DocumentUrl", FbxUrlDT, FbxString());
     SrcDocumentUrl = AddProperty("SrcDocumentUrl", FbxUrlDT, FbxString());
     Original = FbxProperty::Create(this, FbxCompoundDT, "Original");
-    auto text = [](const FbxProperty& parent, const char* name, const FbxDataType& type) {
-        return FbxPropertyT<FbxString>(FbxProperty::Create(parent, type, name));
+    auto text = [](const FbxProperty& parent, const char* childName, const FbxDataType& type) {
+        return FbxPropertyT<FbxString>(FbxProperty::Create(parent, type, childName));
     };
     Original_ApplicationVendor = text(Original, "ApplicationVendor", FbxStringDT);
     Original_ApplicationName = text(Original, "ApplicationName", FbxStringDT);

@@ -79,9 +79,7 @@ void FbxManager::Release(FbxObject* object) {
 }
 
 void FbxManager::AddToContainer(FbxObject* container, FbxObject* object) {
-    if (auto* document = FbxCast<FbxDocument>(container)) {
-        document->AddMember(object);
-    } else if (FbxDocument* document = container->GetDocument()) {
-        document->AddMember(object);
-    }
+    FbxDocument* document = FbxCast<FbxDocument>(container);
+    if (!document) document = container->GetDocument();
+    if (document) document->AddMember(object);
 }
