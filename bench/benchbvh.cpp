@@ -3,11 +3,14 @@
 // same file.
 //
 //   bench_bvh OUTPUT.bvh [FRAMES [RATE]]   (default 144000 frames at 240 fps)
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
+
+#include <zavo/bodymodel.h>
 
 namespace {
 
@@ -17,46 +20,38 @@ struct Joint {
     double offset[3];
 };
 
+// Offset of each body segment from its parent, in centimetres (Y up, X to the left).
+constexpr double kBodyOffsets[BodyModel::BodySegmentCount][3] = {
+    {0, 0, 0},   {0, 10, 0},  {0, 10, 0},  {0, 10, 0},  {0, 10, 0},  {0, 12, 0},
+    {0, 8, 0},   {-3, 10, 0}, {-12, 0, 0}, {-28, 0, 0}, {-25, 0, 0}, {3, 10, 0},
+    {12, 0, 0},  {28, 0, 0},  {25, 0, 0},  {-9, 0, 0},  {0, -42, 0}, {0, -40, 0},
+    {0, -6, 12}, {9, 0, 0},   {0, -42, 0}, {0, -40, 0}, {0, -6, 12}};
+
+// The host's body, then per hand the carpus and the tracked joints of the five fingers.
 std::vector<Joint> skeleton() {
-    std::vector<Joint> joints = {{"Hips", -1, {0, 0, 0}},
-                                 {"Spine", 0, {0, 10, 0}},
-                                 {"Spine1", 1, {0, 10, 0}},
-                                 {"Spine2", 2, {0, 10, 0}},
-                                 {"Spine3", 3, {0, 10, 0}},
-                                 {"Neck", 4, {0, 12, 0}},
-                                 {"Head", 5, {0, 8, 0}},
-                                 {"RightShoulder", 4, {-3, 10, 0}},
-                                 {"RightArm", 7, {-12, 0, 0}},
-                                 {"RightForeArm", 8, {-28, 0, 0}},
-                                 {"RightHand", 9, {-25, 0, 0}},
-                                 {"LeftShoulder", 4, {3, 10, 0}},
-                                 {"LeftArm", 11, {12, 0, 0}},
-                                 {"LeftForeArm", 12, {28, 0, 0}},
-                                 {"LeftHand", 13, {25, 0, 0}},
-                                 {"RightUpLeg", 0, {-9, 0, 0}},
-                                 {"RightLeg", 15, {0, -42, 0}},
-                                 {"RightFoot", 16, {0, -40, 0}},
-                                 {"RightToeBase", 17, {0, -6, 12}},
-                                 {"LeftUpLeg", 0, {9, 0, 0}},
-                                 {"LeftLeg", 19, {0, -42, 0}},
-                                 {"LeftFoot", 20, {0, -40, 0}},
-                                 {"LeftToeBase", 21, {0, -6, 12}}};
-    for (const char* side : {"Left", "Right"}) {
-        const int hand = side[0] == 'L' ? 14 : 10;
-        const double x = side[0] == 'L' ? 1.0 : -1.0;
-        joints.push_back({std::string(side) + "HandCarpus", hand, {x * 2, 0, 0}});
-        int finger = 0;
-        for (const char* name : {"Thumb", "Index", "Middle", "Ring", "Pinky"}) {
-            int parent = hand;
-            for (int segment = 1; segment <= 3; ++segment) {
-                const double along = segment == 1 ? 8.0 : 3.0;
-                const double across = segment == 1 ? 2.0 * (finger - 2) : 0.0;
-                joints.push_back({std::string(side) + "Hand" + name + std::to_string(segment),
-                                  parent,
-                                  {x * along, 0, across}});
-                parent = static_cast<int>(joints.size()) - 1;
-            }
-            ++finger;
+    std::vector<Joint> joints;
+    for (int s = 0; s < BodyModel::BodySegmentCount; ++s) {
+        const double* offset = kBodyOffsets[s];
+        joints.push_back({std::string(BodyModel::Segments[s].name),
+                          BodyModel::Segments[s].parent,
+                          {offset[0], offset[1], offset[2]}});
+    }
+    for (const NuHandId hand : {NuHand_Left, NuHand_Right}) {
+        const int handSegment = BodyModel::handSegment(hand);
+        const double x = hand == NuHand_Left ? 1.0 : -1.0;
+        joints.push_back({BodyModel::fingerName(hand, 0), handSegment, {x * 2, 0, 0}});
+        std::array<int, BodyModel::FingerJointCount> listed{};  // where finger joint k stands
+        int finger = 0;                                         // thumb, index, middle, ring, pinky
+        for (int k = 1; k < BodyModel::FingerJointCount; ++k) {
+            const BodyModel::FingerJoint& joint = BodyModel::FingerJoints[k];
+            if (!joint.tracked) continue;
+            const bool first = joint.parent < 0;
+            const double along = first ? 8.0 : 3.0;
+            const double across = first ? 2.0 * (finger++ - 2) : 0.0;
+            listed[k] = static_cast<int>(joints.size());
+            joints.push_back({BodyModel::fingerName(hand, k),
+                              first ? handSegment : listed[joint.parent],
+                              {x * along, 0, across}});
         }
     }
     return joints;

@@ -5,6 +5,7 @@
 #include <array>
 #include <vector>
 
+#include <zavo/bodymodel.h>
 #include <zavo/nuhandid.h>
 
 #include "exportsettings.h"
@@ -16,14 +17,20 @@
 // props 23 to 26), 100 + k is finger joint k of the left hand, 200 + k that of the right hand.
 namespace SkeletonDefinition {
 
-inline constexpr int HostSegmentCount = 27;  // body segments and props
-inline constexpr int FirstProp = 23;
-inline constexpr int FingerJointCount = 20;  // per hand, including unexported base joints
-inline constexpr int ExportedFingersPerHand = 15;
+inline constexpr int HostSegmentCount = BodyModel::SegmentCount;  // body segments and props
+inline constexpr int FirstProp = BodyModel::BodySegmentCount;
+inline constexpr int FingerJointCount = BodyModel::FingerJointCount;  // per hand
 inline constexpr int LeftFingerCode = 100;
 inline constexpr int RightFingerCode = 200;
-inline constexpr int LeftHandSegment = 14;
-inline constexpr int RightHandSegment = 10;
+inline constexpr int LeftHandSegment = BodyModel::handSegment(NuHand_Left);
+inline constexpr int RightHandSegment = BodyModel::handSegment(NuHand_Right);
+
+// Only tracked finger joints are exported: neither the carpus nor the fingers' base joints.
+inline constexpr int ExportedFingersPerHand = [] {
+    int count = 0;
+    for (const BodyModel::FingerJoint& joint : BodyModel::FingerJoints) count += joint.tracked;
+    return count;
+}();
 
 // Host segments in export order, parents first: pelvis, legs, spine, left arm.
 inline constexpr std::array<int, 17> TrunkAndLeftArm = {0, 15, 16, 17, 18, 19, 20, 21, 22,
@@ -31,10 +38,14 @@ inline constexpr std::array<int, 17> TrunkAndLeftArm = {0, 15, 16, 17, 18, 19, 2
 inline constexpr std::array<int, 4> RightArm = {7, 8, 9, 10};
 inline constexpr std::array<int, 2> NeckAndHead = {5, 6};
 
-// Finger joints that are exported, in export order. The carpus and the base joints of the
-// fingers (0, 4, 8, 12, 16) are not tracked and never exported.
-inline constexpr std::array<int, ExportedFingersPerHand> ExportedFingerJoints = {
-    1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15, 17, 18, 19};
+// Finger joints that are exported, in export order.
+inline constexpr std::array<int, ExportedFingersPerHand> ExportedFingerJoints = [] {
+    std::array<int, ExportedFingersPerHand> joints{};
+    int slot = 0;
+    for (int k = 0; k < FingerJointCount; ++k)
+        if (BodyModel::FingerJoints[k].tracked) joints[slot++] = k;
+    return joints;
+}();
 inline constexpr int ExportedFingerCount = 2 * ExportedFingersPerHand;
 
 // Exported finger k of both hands, the left hand's first: its hand and finger joint. The joint is

@@ -4,11 +4,11 @@
 
 namespace {
 
-using bodytables::BodySegmentCount;
-using bodytables::FingerCount;
+using BodyModel::BodySegmentCount;
+using BodyModel::FingerJointCount;
 
 int handSegment(int hand) {
-    return hand == 0 ? bodytables::LeftHandSegment : bodytables::RightHandSegment;
+    return BodyModel::handSegment(NuHandId(hand));
 }
 
 // Per clip joint, the code of the first exported segment posed by it, or -1.
@@ -17,9 +17,9 @@ std::vector<int> ownSegments(const BvhClip& clip, const BvhBodyMap& map) {
     for (int s = 0; s < BodySegmentCount; ++s)
         if (int& code = own[static_cast<size_t>(map.segmentJoint[s])]; code < 0) code = s;
     for (int hand = 0; map.hasFingers && hand < 2; ++hand)
-        for (int k = 0; k < FingerCount; ++k) {
+        for (int k = 0; k < FingerJointCount; ++k) {
             int& code = own[static_cast<size_t>(map.fingerJoint[hand][k])];
-            if (code < 0 && bodytables::fingerIsExported(k)) code = 100 * (hand + 1) + k;
+            if (code < 0 && BodyModel::FingerJoints[k].tracked) code = 100 * (hand + 1) + k;
         }
     return own;
 }
@@ -34,13 +34,13 @@ public:
     void pose(const std::vector<BvhJointPose>& joints) {
         m_body[0] = joints[static_cast<size_t>(m_map.segmentJoint[0])].position;
         for (int s = 1; s < BodySegmentCount; ++s) {
-            const int parent = bodytables::segmentParents[s];
+            const int parent = BodyModel::Segments[s].parent;
             m_body[s] =
                 place(joints, m_body[parent], m_map.segmentJoint[parent], m_map.segmentJoint[s]);
         }
         for (int hand = 0; hand < 2; ++hand)
-            for (int k = 0; k < FingerCount; ++k) {
-                const int parent = bodytables::fingerParents[k];
+            for (int k = 0; k < FingerJointCount; ++k) {
+                const int parent = BodyModel::FingerJoints[k].parent;
                 const takemath::Vec3 base =
                     parent < 0 ? m_body[handSegment(hand)] : m_fingers[hand][parent];
                 const int baseJoint = parent < 0 ? m_map.segmentJoint[handSegment(hand)]
@@ -65,7 +65,7 @@ private:
     const BvhBodyMap& m_map;
     std::vector<BvhJointPose> m_rest;
     takemath::Vec3 m_body[BodySegmentCount];
-    takemath::Vec3 m_fingers[2][FingerCount];
+    takemath::Vec3 m_fingers[2][FingerJointCount];
 };
 
 }  // namespace
@@ -97,7 +97,6 @@ BvhFolding measureBvhFolding(const BvhClip& clip, const BvhBodyMap& map, double 
 }
 
 std::string bvhStandInName(int code) {
-    if (code < 100) return std::string(bodytables::segmentNames[static_cast<size_t>(code)]);
-    const auto& names = code < 200 ? bodytables::leftFingerNames : bodytables::rightFingerNames;
-    return std::string(names[static_cast<size_t>(code % 100)]);
+    if (code < 100) return std::string(BodyModel::Segments[static_cast<size_t>(code)].name);
+    return BodyModel::fingerName(code < 200 ? NuHand_Left : NuHand_Right, code % 100);
 }

@@ -4,7 +4,7 @@
 #include <cctype>
 #include <string>
 
-#include "bodytables.h"
+#include <zavo/bodymodel.h>
 
 namespace {
 
@@ -80,9 +80,16 @@ bool equalsIgnoringCase(std::string_view a, std::string_view b) {
 
 // The target of a default segment or finger name, or Unknown.
 int defaultTarget(std::string_view name) {
-    if (const int segment = bodytables::segmentByName(name); segment >= 0) return segment;
-    int hand = 0, finger = 0;
-    if (bodytables::fingerByName(name, hand, finger)) return 100 * (hand + 1) + finger;
+    for (int s = 0; s < BodyModel::BodySegmentCount; ++s)
+        if (equalsIgnoringCase(BodyModel::Segments[s].name, name)) return s;
+    // A finger name is its hand's name followed by the joint's.
+    for (const NuHandId hand : {NuHand_Left, NuHand_Right}) {
+        const std::string_view handName = BodyModel::Segments[BodyModel::handSegment(hand)].name;
+        if (!equalsIgnoringCase(name.substr(0, handName.size()), handName)) continue;
+        for (int k = 0; k < BodyModel::FingerJointCount; ++k)
+            if (equalsIgnoringCase(BodyModel::FingerJoints[k].name, name.substr(handName.size())))
+                return 100 * (hand + 1) + k;
+    }
     return BvhNamingScheme::Unknown;
 }
 

@@ -4,8 +4,8 @@
 
 namespace {
 
-using bodytables::BodySegmentCount;
-using bodytables::FingerCount;
+using BodyModel::BodySegmentCount;
+using BodyModel::FingerJointCount;
 
 SegmentState hostState(const BvhJointPose& pose, double metresPerUnit) {
     const takemath::Vec3 p = hostPositionFromBvh(pose.position, metresPerUnit);
@@ -21,9 +21,9 @@ TakePose hostPose(const BvhClip& clip, const BvhBodyMap& map, int frame, double 
         pose.segments.push_back(
             hostState(joints[static_cast<size_t>(map.segmentJoint[s])], metresPerUnit));
     if (map.hasFingers) {
-        pose.fingers.reserve(2 * FingerCount);
+        pose.fingers.reserve(2 * FingerJointCount);
         for (int hand = 0; hand < 2; ++hand)
-            for (int k = 0; k < FingerCount; ++k)
+            for (int k = 0; k < FingerJointCount; ++k)
                 pose.fingers.push_back(hostState(
                     joints[static_cast<size_t>(map.fingerJoint[hand][k])], metresPerUnit));
     }
@@ -64,13 +64,12 @@ BvhBodyMap mapBvhJoints(const BvhClip& clip) {
     }
     // Parents come before children in the tables, so an ancestor is resolved first.
     for (int s = 1; s < BodySegmentCount; ++s)
-        if (!map.matched[s]) map.segmentJoint[s] = map.segmentJoint[bodytables::segmentParents[s]];
+        if (!map.matched[s]) map.segmentJoint[s] = map.segmentJoint[BodyModel::Segments[s].parent];
     for (int hand = 0; hand < 2; ++hand) {
-        const int handSegment =
-            hand == 0 ? bodytables::LeftHandSegment : bodytables::RightHandSegment;
-        for (int k = 0; k < FingerCount; ++k) {
+        const int handSegment = BodyModel::handSegment(NuHandId(hand));
+        for (int k = 0; k < FingerJointCount; ++k) {
             if (map.fingerJoint[hand][k] >= 0) continue;
-            const int parent = bodytables::fingerParents[k];
+            const int parent = BodyModel::FingerJoints[k].parent;
             map.fingerJoint[hand][k] =
                 parent < 0 ? map.segmentJoint[handSegment] : map.fingerJoint[hand][parent];
         }
@@ -82,15 +81,7 @@ Take takeFromBvh(const BvhClip& clip, double metresPerUnit, double frameRate) {
     const BvhBodyMap map = mapBvhJoints(clip);
     Take take;
     take.frameRate = frameRate;
-    for (std::string_view name : bodytables::segmentNames) take.segmentNames.emplace_back(name);
-    if (map.hasFingers) {
-        for (std::string_view name : bodytables::leftFingerNames)
-            take.fingerNames[0].emplace_back(name);
-        for (std::string_view name : bodytables::rightFingerNames)
-            take.fingerNames[1].emplace_back(name);
-    }
-    for (int s = 1; s < BodySegmentCount; ++s)
-        take.joints.push_back({bodytables::segmentParents[s], s});
+    addDefaultBody(take, map.hasFingers);
     take.nullPose = hostPose(clip, map, -1, metresPerUnit);
     take.frames.reserve(static_cast<size_t>(clip.frameCount));
     for (int f = 0; f < clip.frameCount; ++f) {

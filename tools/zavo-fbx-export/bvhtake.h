@@ -3,7 +3,8 @@
 #include <array>
 #include <string_view>
 
-#include "bodytables.h"
+#include <zavo/bodymodel.h>
+
 #include "bvhclip.h"
 #include "take.h"
 
@@ -11,11 +12,11 @@
 struct BvhBodyMap {
     // Joint whose pose segment s takes: its own match, else that of its nearest matched
     // ancestor segment. The root joint is always the pelvis.
-    std::array<int, bodytables::BodySegmentCount> segmentJoint{};
+    std::array<int, BodyModel::BodySegmentCount> segmentJoint{};
     // Whether segment s found a joint of its own name.
-    std::array<bool, bodytables::BodySegmentCount> matched{};
+    std::array<bool, BodyModel::BodySegmentCount> matched{};
     // Per hand, the joint giving finger joint k its pose (same fallback, ending at the hand).
-    std::array<std::array<int, bodytables::FingerCount>, 2> fingerJoint{};
+    std::array<std::array<int, BodyModel::FingerJointCount>, 2> fingerJoint{};
     // Whether any joint carries a finger name; without one the take has no finger data.
     bool hasFingers = false;
     std::string_view scheme;  // the joint-naming scheme the clip was read in

@@ -3,13 +3,12 @@
 #include <cmath>
 #include <numbers>
 
-#include "bodytables.h"
 #include "takemath.h"
 
 namespace {
 
-using bodytables::BodySegmentCount;
-using bodytables::FingerCount;
+using BodyModel::BodySegmentCount;
+using BodyModel::FingerJointCount;
 using takemath::Quat;
 using takemath::Vec3;
 
@@ -29,13 +28,13 @@ const Vec3 bodyOffsets[BodySegmentCount] = {
     {0, 0, -0.42},        {0, 0, -0.41},   {0.13, 0, -0.06}};
 
 // Prop k sits on segment propParents[k] at propOffsets[k].
-const int propParents[4] = {10, 14, 6, 0};
-const Vec3 propOffsets[4] = {
+const int propParents[BodyModel::PropCount] = {10, 14, 6, 0};
+const Vec3 propOffsets[BodyModel::PropCount] = {
     {0.04, -0.09, -0.02}, {0.04, 0.09, -0.02}, {0, 0, 0.14}, {-0.12, 0, 0.05}};
 
 // Offset of each finger joint of the left hand from its parent (hand or finger) in the T-pose;
 // the right hand mirrors Y.
-const Vec3 leftFingerOffsets[FingerCount] = {
+const Vec3 leftFingerOffsets[FingerJointCount] = {
     {0, 0.03, 0},    {0.03, 0.03, -0.01}, {0.025, 0.015, 0}, {0.02, 0.01, 0},  {0.025, 0.04, 0},
     {0.03, 0.09, 0}, {0, 0.04, 0},        {0, 0.025, 0},     {0.008, 0.04, 0}, {0.01, 0.095, 0},
     {0, 0.045, 0},   {0, 0.028, 0},       {-0.008, 0.04, 0}, {-0.01, 0.09, 0}, {0, 0.04, 0},
@@ -113,10 +112,10 @@ Quat fingerRotation(int hand, int k, double t) {
 
 void addFingers(TakePose& pose, const Placement (&body)[BodySegmentCount], double t, bool tPose) {
     for (int hand = 0; hand < 2; ++hand) {
-        const Placement& handPlacement = body[hand == 0 ? 14 : 10];
-        Placement fingers[FingerCount];
-        for (int k = 0; k < FingerCount; ++k) {
-            const int parent = bodytables::fingerParents[k];
+        const Placement& handPlacement = body[BodyModel::handSegment(NuHandId(hand))];
+        Placement fingers[FingerJointCount];
+        for (int k = 0; k < FingerJointCount; ++k) {
+            const int parent = BodyModel::FingerJoints[k].parent;
             fingers[k] = place(parent < 0 ? handPlacement : fingers[parent], fingerOffset(hand, k),
                                tPose ? Quat{} : fingerRotation(hand, k, t));
             pose.fingers.push_back(toState(fingers[k]));
@@ -135,7 +134,7 @@ TakePose makePose(double t, const DemoTakeOptions& options, bool tPose) {
                      PelvisHeight + 0.02 * std::cos(4 * Pi * StepFrequency * t)};
     body[0] = {pelvis, local[0]};
     for (int s = 1; s < BodySegmentCount; ++s)
-        body[s] = place(body[bodytables::segmentParents[s]], bodyOffsets[s], local[s]);
+        body[s] = place(body[BodyModel::Segments[s].parent], bodyOffsets[s], local[s]);
     TakePose pose;
     for (const Placement& p : body) pose.segments.push_back(toState(p));
     for (int k = 0; k < options.props; ++k)
@@ -151,18 +150,10 @@ Take makeComputedDemoTake(const DemoTakeOptions& options) {
     take.frameRate = options.frameRate;
     take.recordStartTime = 1777557792250;  // 2026-04-30T14:03:12.250Z: fixed, so runs repeat
     take.userComment = "Demo take: walking a circle and waving";
-    for (std::string_view name : bodytables::segmentNames) take.segmentNames.emplace_back(name);
-    for (int s = 1; s < BodySegmentCount; ++s)
-        take.joints.push_back({bodytables::segmentParents[s], s});
+    addDefaultBody(take, options.fingers);
     for (int k = 0; k < options.props; ++k) {
-        take.segmentNames.push_back("Prop" + std::to_string(k + 1));
+        take.segmentNames.emplace_back(BodyModel::Segments[BodySegmentCount + k].name);
         take.joints.push_back({propParents[k], BodySegmentCount + k});
-    }
-    if (options.fingers) {
-        for (std::string_view name : bodytables::leftFingerNames)
-            take.fingerNames[0].emplace_back(name);
-        for (std::string_view name : bodytables::rightFingerNames)
-            take.fingerNames[1].emplace_back(name);
     }
     take.nullPose = makePose(0.0, options, true);
     take.nullPose->absoluteTime = take.recordStartTime;

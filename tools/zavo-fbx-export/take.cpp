@@ -5,11 +5,19 @@
 #include <map>
 #include <string_view>
 
-#include "bodytables.h"
-
 bool Take::isProp(int segment) const {
-    if (!props) return segment >= bodytables::BodySegmentCount;
+    if (!props) return segment >= BodyModel::BodySegmentCount;
     return std::find(props->begin(), props->end(), segment) != props->end();
+}
+
+void addDefaultBody(Take& take, bool fingers) {
+    for (int s = 0; s < BodyModel::BodySegmentCount; ++s) {
+        take.segmentNames.emplace_back(BodyModel::Segments[s].name);
+        if (s > 0) take.joints.push_back({BodyModel::Segments[s].parent, s});
+    }
+    for (const NuHandId hand : {NuHand_Left, NuHand_Right})
+        for (int k = 0; fingers && k < BodyModel::FingerJointCount; ++k)
+            take.fingerNames[hand].push_back(BodyModel::fingerName(hand, k));
 }
 
 int32_t defaultFrameTime(int64_t index, double frameRate) {
@@ -74,7 +82,7 @@ std::string nameProblem(const Take& take) {
 std::string takeProblem(const Take& take) {
     if (!(take.frameRate > 0.0) || !std::isfinite(take.frameRate))
         return "frameRate: expected a number above 0";
-    if (take.hasBody && take.segmentNames.size() < bodytables::BodySegmentCount)
+    if (take.hasBody && take.segmentNames.size() < BodyModel::BodySegmentCount)
         return "segmentNames: a take with a body needs the 23 body segments, found " +
                std::to_string(take.segmentNames.size());
     for (int hand = 0; hand < 2; ++hand)

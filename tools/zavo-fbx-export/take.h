@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include <zavo/bodymodel.h>
+
 // Global state of one tracked segment: position in metres, orientation segment to world
 // (w, x, y, z). The host's axes are right-handed with Z up.
 struct SegmentState {
@@ -24,7 +26,7 @@ struct TakePose {
     // Empty, or finger joints 0 to 19 of the left hand followed by those of the right hand.
     std::vector<SegmentState> fingers;
 
-    static constexpr int FingersPerHand = 20;
+    static constexpr int FingersPerHand = BodyModel::FingerJointCount;
 
     bool hasFingers() const { return !fingers.empty(); }
     const SegmentState& finger(int hand, int index) const {
@@ -62,6 +64,10 @@ struct Take {
     }
     bool isProp(int segment) const;
 };
+
+// Gives `take` the host's 23 body segments under their default names with the joints between
+// them, and the default finger names of both hands when `fingers`.
+void addDefaultBody(Take& take, bool fingers);
 
 // Milliseconds since the recording started of host frame `index`, when the take says nothing.
 int32_t defaultFrameTime(int64_t index, double frameRate);

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "bodytables.h"
+#include <zavo/bodymodel.h>
 
 namespace {
 
@@ -27,8 +27,8 @@ NuVector TakePoseView::pos_g(int segment) const {
 }
 
 int TakePoseView::parentSegment(int segment) const {
-    if (m_take.hasBody && segment < bodytables::BodySegmentCount)
-        return bodytables::segmentParents[static_cast<size_t>(segment)];
+    if (m_take.hasBody && segment < BodyModel::BodySegmentCount)
+        return BodyModel::Segments[static_cast<size_t>(segment)].parent;
     for (const TakeJoint& joint : m_take.joints)
         if (joint.child == segment) return joint.parent;
     return -1;

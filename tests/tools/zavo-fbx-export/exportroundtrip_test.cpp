@@ -3,12 +3,13 @@
 // near where the clip's own forward kinematics puts it.
 #include <gtest/gtest.h>
 
+#include <zavo/bodymodel.h>
 #include <QDir>
 #include <QRegularExpression>
 #include <algorithm>
+#include <array>
 #include <cmath>
 
-#include "bodytables.h"
 #include "bvhclip.h"
 #include "bvhfolding.h"
 #include "bvhframerate.h"
@@ -30,10 +31,6 @@ const Variant variants[] = {
     {"skeleton", "binary"}, {"skeleton", "ascii"}, {"nodes", "binary"}, {"nodes", "ascii"}};
 
 // The finger joints the plug-in writes: all but the carpus and the four metacarpals.
-bool isExportedFinger(int k) {
-    return k % 4 != 0;
-}
-
 Vec3 translation(const fbxtest::Matrix& world) {
     return {world[3], world[7], world[11]};
 }
@@ -82,20 +79,19 @@ struct BvhSegment {
 
 std::vector<BvhSegment> bvhSegments(const BvhBodyMap& map) {
     std::vector<BvhSegment> segments;
-    for (int s = 0; s < bodytables::BodySegmentCount; ++s)
-        segments.push_back({std::string(bodytables::segmentNames[s]), map.segmentJoint[s],
-                            bodytables::segmentParents[s]});
+    for (int s = 0; s < BodyModel::BodySegmentCount; ++s)
+        segments.push_back({std::string(BodyModel::Segments[s].name), map.segmentJoint[s],
+                            BodyModel::Segments[s].parent});
     for (int hand = 0; map.hasFingers && hand < 2; ++hand) {
-        const int first = static_cast<int>(segments.size());
-        for (int k = 0; k < bodytables::FingerCount; ++k) {
-            if (!isExportedFinger(k)) continue;
-            const int p = bodytables::fingerParents[k];
-            const int parent =
-                p < 0 ? (hand == 0 ? bodytables::LeftHandSegment : bodytables::RightHandSegment)
-                      : first + (p - p / 4 - 1);
-            segments.push_back({std::string((hand == 0 ? bodytables::leftFingerNames
-                                                       : bodytables::rightFingerNames)[k]),
-                                map.fingerJoint[hand][k], parent});
+        const NuHandId side = NuHandId(hand);
+        std::array<int, BodyModel::FingerJointCount> listed{};  // where finger joint k stands
+        for (int k = 0; k < BodyModel::FingerJointCount; ++k) {
+            const BodyModel::FingerJoint& joint = BodyModel::FingerJoints[k];
+            if (!joint.tracked) continue;
+            listed[k] = static_cast<int>(segments.size());
+            segments.push_back(
+                {BodyModel::fingerName(side, k), map.fingerJoint[hand][k],
+                 joint.parent < 0 ? BodyModel::handSegment(side) : listed[joint.parent]});
         }
     }
     return segments;
@@ -142,8 +138,8 @@ TEST(ExportRoundTrip, DemoTakeSegmentsLandWhereTheTakePutsThem) {
             for (size_t s = 0; s < pose.segments.size(); ++s)
                 expect(take.segmentNames[s], pose.segments[s]);
             for (int hand = 0; hand < 2; ++hand)
-                for (int k = 0; k < bodytables::FingerCount; ++k)
-                    if (isExportedFinger(k))
+                for (int k = 0; k < BodyModel::FingerJointCount; ++k)
+                    if (BodyModel::FingerJoints[k].tracked)
                         expect(take.fingerNames[hand][k], pose.finger(hand, k));
         }
     }
