@@ -204,17 +204,51 @@ public:
     }
 
     CommandLine parse() {
+        const bool parsed = m_parser.parse(qtArguments());
+        if (const auto stop = helpOrVersion(); stop != m_arguments.end()) {
+            // --help and --version end the command line: a fault before them is still a fault,
+            // nothing after them is read.
+            const std::vector<std::string> before(m_arguments.begin(), stop);
+            Parser(before).readOptions();
+            m_result.mode = *stop == "--version" || *stop == "-version" ? CommandLine::Mode::Version
+                                                                        : CommandLine::Mode::Help;
+            return m_result;
+        }
+        if (!parsed) usageError(parseProblem());
+        applyOptions();
+        for (const QString& positional : m_parser.positionalArguments())
+            m_positionals.push_back(positional.toStdString());
+        checkPositionals();
+        return m_result;
+    }
+
+private:
+    QStringList qtArguments() const {
         QStringList arguments{QStringLiteral("zavo-fbx-export")};
         for (const std::string& argument : m_arguments)
             arguments.append(QString::fromStdString(argument));
-        const bool parsed = m_parser.parse(arguments);
-        // --help and --version answer whatever else the command line holds.
-        for (const QString& name : m_parser.optionNames())
-            if (name == u"h" || name == u"help" || name == u"version") {
-                rule(name).apply(m_result, {});
-                return m_result;
-            }
-        if (!parsed) usageError(parseProblem());
+        return arguments;
+    }
+
+    // The first --help or --version the parser took as an option, or the end.
+    std::vector<std::string>::const_iterator helpOrVersion() const {
+        const QStringList names = m_parser.optionNames();
+        if (!names.contains(u"h") && !names.contains(u"help") && !names.contains(u"version"))
+            return m_arguments.end();
+        const auto end = std::find(m_arguments.begin(), m_arguments.end(), "--");
+        return std::find_if(m_arguments.begin(), end, [](const std::string& argument) {
+            return argument == "-h" || argument == "--help" || argument == "-help" ||
+                   argument == "--version" || argument == "-version";
+        });
+    }
+
+    // Options up to the first fault, which throws.
+    void readOptions() {
+        if (!m_parser.parse(qtArguments())) usageError(parseProblem());
+        applyOptions();
+    }
+
+    void applyOptions() {
         std::map<const OptionRule*, int> valuesRead;
         for (const QString& name : m_parser.optionNames()) {
             const OptionRule& option = rule(name);
@@ -226,13 +260,8 @@ public:
             m_result.runOptions.push_back(given.name);
             if (option.takes == OptionRule::Value) m_result.runOptions.push_back(given.value);
         }
-        for (const QString& positional : m_parser.positionalArguments())
-            m_positionals.push_back(positional.toStdString());
-        checkPositionals();
-        return m_result;
     }
 
-private:
     static const OptionRule& rule(const QString& name) {
         return *std::find_if(rules().begin(), rules().end(), [&](const OptionRule& rule) {
             return QString::fromLatin1(rule.names).split(u',').contains(name);

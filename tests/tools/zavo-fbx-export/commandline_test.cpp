@@ -121,11 +121,21 @@ TEST(CommandLine, RepeatedOptionsApplyInTheOrderGiven) {
 }
 
 // --help and --version answer before anything else on the command line is judged.
-TEST(CommandLine, HelpAndVersionWinOverFaults) {
-    EXPECT_EQ(parse("--bogus --help").mode, CommandLine::Mode::Help);
-    EXPECT_EQ(parse("--preset mesh -h").mode, CommandLine::Mode::Help);
+TEST(CommandLine, HelpAndVersionEndTheCommandLine) {
+    EXPECT_EQ(parse("--help --bogus").mode, CommandLine::Mode::Help);
     EXPECT_EQ(parse("a b --version --bogus").mode, CommandLine::Mode::Version);
     EXPECT_EQ(parse("--version --help").mode, CommandLine::Mode::Version);
+    EXPECT_EQ(parse("take.json -- --help").input, "take.json");
+    const std::vector<std::pair<std::string, int>> faultsBefore = {
+        {"--bogus --help", 2}, {"--help=1", 2}, {"--preset mesh -h", 1}, {"--demo --options", 2}};
+    for (const auto& [line, exitStatus] : faultsBefore) {
+        try {
+            parse(line + " --version");
+            ADD_FAILURE() << line;
+        } catch (const CommandLineError& error) {
+            EXPECT_EQ(error.exitStatus(), exitStatus) << line;
+        }
+    }
 }
 
 TEST(CommandLine, KnowsEveryOptionItsHelpNames) {
