@@ -20,20 +20,12 @@ struct AttributeRun {
 // Runs over consecutive keys only: files record the attribute of each run of equal keys,
 // not a table of distinct attributes.
 std::vector<AttributeRun> CollectRuns(const FbxAnimCurve& curve) {
-    constexpr int kChunk = 1024;
     std::vector<AttributeRun> runs;
-    FbxAnimCurveKeyAttribute attributes[kChunk];
     const int count = curve.KeyGetCount();
-    for (int first = 0; first < count; first += kChunk) {
-        const int n = std::min(kChunk, count - first);
-        curve.KeyGetRange(first, n, nullptr, nullptr, attributes);
-        for (int i = 0; i < n; ++i) {
-            if (!runs.empty() && runs.back().attribute == attributes[i]) {
-                ++runs.back().count;
-            } else {
-                runs.push_back({attributes[i], 1});
-            }
-        }
+    for (int first = 0; first < count;) {
+        const int run = curve.KeyGetAttributeRun(first);
+        runs.push_back({curve.KeyGetAttribute(first), run});
+        first += run;
     }
     return runs;
 }
@@ -98,9 +90,9 @@ void FbxWriterFbx7_Impl::WriteCurveBody(const FbxAnimCurve& curve) {
     if (count == 0) return;
     mIO->FieldWriteI("KeyVer", mVersion == 7100 ? 4007 : 4009);
     mIO->FieldWriteBegin("KeyTime");
+    const std::vector<int64_t>& times = FileKeyTimes(curve);
     mIO->FieldWriteArrayLL(count, [&](int64_t* out, size_t first, size_t n) {
-        curve.KeyGetRange(static_cast<int>(first), static_cast<int>(n), out, nullptr, nullptr);
-        for (size_t i = 0; i < n; ++i) out[i] = mIO->FileTimeTicks(out[i]);
+        std::copy_n(times.begin() + static_cast<ptrdiff_t>(first), n, out);
     });
     mIO->FieldWriteEnd();
     mIO->FieldWriteBegin("KeyValueFloat");
@@ -109,6 +101,17 @@ void FbxWriterFbx7_Impl::WriteCurveBody(const FbxAnimCurve& curve) {
     });
     mIO->FieldWriteEnd();
     WriteKeyAttributes(curve);
+}
+
+// The curves of a take share their key times: the file's times of the last curve are kept and
+// reused while the next curve has keys at the same times.
+const std::vector<int64_t>& FbxWriterFbx7_Impl::FileKeyTimes(const FbxAnimCurve& curve) {
+    if (mTimesOf && curve.KeyTimesEqual(*mTimesOf)) return mFileTimes;
+    mFileTimes.resize(static_cast<size_t>(curve.KeyGetCount()));
+    curve.KeyGetRange(0, curve.KeyGetCount(), mFileTimes.data(), nullptr, nullptr);
+    for (int64_t& time : mFileTimes) time = mIO->FileTimeTicks(time);
+    mTimesOf = &curve;
+    return mFileTimes;
 }
 
 void FbxWriterFbx7_Impl::WriteKeyAttributes(const FbxAnimCurve& curve) {

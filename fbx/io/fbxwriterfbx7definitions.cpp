@@ -37,6 +37,7 @@ void FbxWriterFbx7_Impl::CollectObjects() {
         }
     }
     mObjects = attributes;
+    mTimesOf = nullptr;
     mObjects.insert(mObjects.end(), models.begin(), models.end());
     mObjects.insert(mObjects.end(), animation.begin(), animation.end());
     mWritten = std::unordered_set<const FbxObject*>(mObjects.begin(), mObjects.end());

@@ -89,6 +89,7 @@ private:
     // fbxwriterfbx7animation.cpp
     void WriteCurveBody(const FbxAnimCurve& curve);
     void WriteKeyAttributes(const FbxAnimCurve& curve);
+    const std::vector<int64_t>& FileKeyTimes(const FbxAnimCurve& curve);
     void WriteTakes();
 
     // fbxwriterfbx7connections.cpp
@@ -104,6 +105,8 @@ private:
     FbxDocument* mDocument = nullptr;
     FbxScene* mScene = nullptr;
     std::vector<const FbxObject*> mObjects;  // the records of "Objects", in order
+    const FbxAnimCurve* mTimesOf = nullptr;  // the curve whose key times mFileTimes holds
+    std::vector<int64_t> mFileTimes;
     std::unordered_set<const FbxObject*> mWritten;
     std::vector<TypeDefinition> mDefinitions;
     std::unordered_map<std::string, size_t> mDefinitionIndex;

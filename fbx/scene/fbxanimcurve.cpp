@@ -137,6 +137,23 @@ void FbxAnimCurve::InsertKey(int index, const Key& key) {
     SetShared(index, key.shared);
 }
 
+// A take keyed frame by frame appends with zero slopes: each column grows at its end.
+void FbxAnimCurve::AppendKey(const Key& key) {
+    const bool placed =
+        mTimesListed || (mKeyCount >= 2 && EvenTime(mTimeFirst, mTimeStep, mKeyCount) == key.time);
+    if (!placed || !mRightSlopes.empty() || !mNextLeftSlopes.empty() || Bits(key.rightSlope) != 0 ||
+        Bits(key.nextLeftSlope) != 0 || mSharedIsWide || key.shared > 0xFF) {
+        InsertKey(mKeyCount, key);
+        return;
+    }
+    if (mTimesListed) {
+        mTimes.push_back(key.time);
+    }
+    mValues.push_back(key.value);
+    mSharedSmall.push_back(static_cast<uint8_t>(key.shared));
+    ++mKeyCount;
+}
+
 // Removing keys from either end keeps even times unlisted.
 void FbxAnimCurve::EraseKeys(int first, int last) {
     if (!mTimesListed && first == 0) {
@@ -272,7 +289,11 @@ int FbxAnimCurve::KeyAdd(FbxTime time, int* last) {
             return last ? (*last = index) : index;
         }
     }
-    InsertKey(index, key);
+    if (index == mKeyCount) {
+        AppendKey(key);
+    } else {
+        InsertKey(index, key);
+    }
     Notify(eKeyAdded);
     return last ? (*last = index) : index;
 }
@@ -434,18 +455,71 @@ void FbxAnimCurve::KeyGetRange(int first, int count, FbxLongLong* times, float* 
     const int begin = std::max(first, 0);
     const auto end =
         static_cast<int>(std::min<FbxLongLong>(FbxLongLong{first} + std::max(count, 0), mKeyCount));
-    for (int i = begin; i < end; ++i) {
-        const int out = i - first;
-        if (times) {
-            times[out] = TimeAt(i);
-        }
-        if (values) {
-            values[out] = mValues[static_cast<size_t>(i)];
-        }
-        if (attributes) {
-            attributes[out] = AttributeOf(KeyAt(i));
+    if (begin >= end) {
+        return;
+    }
+    const auto out = static_cast<size_t>(begin - first);
+    const auto from = static_cast<size_t>(begin);
+    const auto n = static_cast<size_t>(end - begin);
+    if (times && mTimesListed) {
+        std::copy_n(mTimes.begin() + static_cast<ptrdiff_t>(from), n, times + out);
+    } else if (times) {
+        for (int i = begin; i < end; ++i) {
+            times[static_cast<size_t>(i - first)] = EvenTime(mTimeFirst, mTimeStep, i);
         }
     }
+    if (values) {
+        std::copy_n(mValues.begin() + static_cast<ptrdiff_t>(from), n, values + out);
+    }
+    for (int i = begin; attributes && i < end; ++i) {
+        attributes[static_cast<size_t>(i - first)] = AttributeOf(KeyAt(i));
+    }
+}
+
+// Keys share an attribute when they name the same shared entry and have the same slopes;
+// without slopes that is a scan of the entry column.
+int FbxAnimCurve::KeyGetAttributeRun(int first) const {
+    if (!Valid(first)) {
+        return 0;
+    }
+    const Key start = KeyAt(first);
+    int i = first + 1;
+    if (mRightSlopes.empty() && mNextLeftSlopes.empty() && !mSharedIsWide) {
+        const auto begin = mSharedSmall.begin();
+        i = static_cast<int>(std::find_if(begin + first + 1, begin + mKeyCount,
+                                          [&](uint8_t s) { return s != start.shared; }) -
+                             begin);
+    } else {
+        for (; i < mKeyCount; ++i) {
+            const Key key = KeyAt(i);
+            if (key.shared != start.shared || Bits(key.rightSlope) != Bits(start.rightSlope) ||
+                Bits(key.nextLeftSlope) != Bits(start.nextLeftSlope)) {
+                break;
+            }
+        }
+    }
+    return i - first;
+}
+
+bool FbxAnimCurve::KeyTimesEqual(const FbxAnimCurve& other) const {
+    if (mKeyCount != other.mKeyCount) {
+        return false;
+    }
+    if (mKeyCount == 0) {
+        return true;
+    }
+    if (!mTimesListed && !other.mTimesListed) {
+        return mTimeFirst == other.mTimeFirst && (mKeyCount == 1 || mTimeStep == other.mTimeStep);
+    }
+    if (mTimesListed && other.mTimesListed) {
+        return mTimes == other.mTimes;
+    }
+    for (int i = 0; i < mKeyCount; ++i) {
+        if (TimeAt(i) != other.TimeAt(i)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 double FbxAnimCurve::KeyFind(FbxTime time, int* last) const {

@@ -85,6 +85,11 @@ public:
     // lets a writer stream a long curve in chunks.
     void KeyGetRange(int first, int count, FbxLongLong* times, float* values,
                      FbxAnimCurveKeyAttribute* attributes) const;
+    // How many keys from first on have key first's whole attribute (flags, slopes,
+    // weights, velocities); 0 outside the keys. Lets a writer store attributes as runs.
+    int KeyGetAttributeRun(int first) const;
+    // Whether other has keys at exactly this curve's times.
+    bool KeyTimesEqual(const FbxAnimCurve& other) const;
 
     // Position of time as a fractional key index: a whole number when a key is
     // at time, i + f between keys i and i + 1; clamped to [0, count - 1]
@@ -151,6 +156,7 @@ private:
     void SetSlope(std::vector<float>& column, int index, float slope);
     void SetKey(int index, const Key& key);
     void InsertKey(int index, const Key& key);
+    void AppendKey(const Key& key);
     void EraseKeys(int first, int last);
     void ListTimes();
     void Reserve(int count);

@@ -257,11 +257,39 @@ bool FbxAnimCurveFilterUnroll::Check(FbxAnimCurve** curves, int count, FbxStatus
     return true;
 }
 
+namespace {
+
+// Indices of the first and last keys of curve within span; first is -1 when none is.
+void SpanIndices(const FbxAnimCurve& curve, const FbxTimeSpan& span, int& first, int& last) {
+    first = -1;
+    last = -1;
+    for (int k = 0; k < curve.KeyGetCount(); ++k) {
+        const FbxTime t = curve.KeyGetTime(k);
+        if (span.GetStart() <= t && t <= span.GetStop()) {
+            first = first < 0 ? k : first;
+            last = k;
+        }
+    }
+}
+
+}  // namespace
+
 bool FbxAnimCurveFilterUnroll::Run(FbxAnimCurve** curves, int count, FbxStatus* status, bool commit,
                                    bool& changed) {
     FbxTimeSpan span;
     if (!Check(curves, count, status, span)) {
         return false;
+    }
+    int firstIndex = -1;
+    int lastIndex = -1;
+    if (curves[0]->KeyTimesEqual(*curves[1]) && curves[0]->KeyTimesEqual(*curves[2])) {
+        SpanIndices(*curves[0], span, firstIndex, lastIndex);
+        if (firstIndex < 0) {
+            Fail(status, "No key to be filtered");
+            return false;
+        }
+        RunInPlace(curves, span, firstIndex, lastIndex, commit, changed);
+        return true;
     }
     Temporaries temporaries(curves);
     FbxAnimCurve** temps = temporaries.curves.data();
@@ -269,17 +297,7 @@ bool FbxAnimCurveFilterUnroll::Run(FbxAnimCurve** curves, int count, FbxStatus* 
     sync.SetStartTime(span.GetStart());
     sync.SetStopTime(span.GetStop());
     sync.Apply(temps, 3);
-
-    const int keys = temps[0]->KeyGetCount();
-    int firstIndex = -1;
-    int lastIndex = -1;
-    for (int k = 0; k < keys; ++k) {
-        const FbxTime t = temps[0]->KeyGetTime(k);
-        if (span.GetStart() <= t && t <= span.GetStop()) {
-            firstIndex = firstIndex < 0 ? k : firstIndex;
-            lastIndex = k;
-        }
-    }
+    SpanIndices(*temps[0], span, firstIndex, lastIndex);
     if (firstIndex < 0) {
         Fail(status, "No key to be filtered");
         return false;
@@ -288,7 +306,7 @@ bool FbxAnimCurveFilterUnroll::Run(FbxAnimCurve** curves, int count, FbxStatus* 
     if (firstIndex == lastIndex) {
         return true;
     }
-    changed = Walk(temps, firstIndex, lastIndex);
+    changed = Walk(temps, firstIndex, lastIndex, true);
     if (commit) {
         for (int i = 0; i < 3; ++i) {
             ReplaceSpan(*curves[i], *temps[i], span);
@@ -297,21 +315,49 @@ bool FbxAnimCurveFilterUnroll::Run(FbxAnimCurve** curves, int count, FbxStatus* 
     return true;
 }
 
+// The same outcome as walking copies and replacing the span with them: the keys keep their
+// times, so only values and tangents change, and in replace mode 2 the keys after the span.
+void FbxAnimCurveFilterUnroll::RunInPlace(FbxAnimCurve** curves, const FbxTimeSpan& span, int first,
+                                          int last, bool commit, bool& changed) const {
+    if (first == last) {
+        return;
+    }
+    if (!commit) {
+        changed = Walk(curves, first, last, false);
+        return;
+    }
+    std::array<float, 3> before{};
+    for (int i = 0; i < 3; ++i) {
+        curves[i]->KeyModifyBegin();
+        before[static_cast<size_t>(i)] = curves[i]->Evaluate(span.GetStop());
+    }
+    changed = Walk(curves, first, last, true);
+    for (int i = 0; i < 3; ++i) {
+        if (mReplaceMode == 2) {
+            ShiftAfterSpan(*curves[i], span, before[static_cast<size_t>(i)]);
+        }
+        curves[i]->KeyModifyEnd();
+    }
+}
+
 // Rewrites keys first..last of the three curves in place; true when a value changed.
-bool FbxAnimCurveFilterUnroll::Walk(FbxAnimCurve** temps, int first, int last) const {
-    FbxDouble3 ref = first > 0 ? KeyTriple(temps, first - 1) : FbxDouble3(0.0, 0.0, 0.0);
+bool FbxAnimCurveFilterUnroll::Walk(FbxAnimCurve** curves, int first, int last, bool write) const {
+    FbxDouble3 ref = first > 0 ? KeyTriple(curves, first - 1) : FbxDouble3(0.0, 0.0, 0.0);
     bool changed = false;
     for (int j = first; j <= last; ++j) {
-        const FbxDouble3 in = KeyTriple(temps, j);
+        const FbxDouble3 in = KeyTriple(curves, j);
         FbxDouble3 out;
         const bool flipped = V2VRef(out, in, ref, mRotationOrder);
-        for (int i = 0; i < 3; ++i) {
+        for (int i = 0; i < 3 && write; ++i) {
             const float value = static_cast<float>(out[i]);
-            changed = changed || value != temps[i]->KeyGetValue(j);
-            temps[i]->KeySetValue(j, value);
+            changed = changed || value != curves[i]->KeyGetValue(j);
+            curves[i]->KeySetValue(j, value);
             if (mForceAutoTangents && flipped) {
-                ForceAutoTangent(*temps[i], j);
+                ForceAutoTangent(*curves[i], j);
             }
+        }
+        for (int i = 0; i < 3 && !write; ++i) {
+            changed = changed || static_cast<float>(out[i]) != curves[i]->KeyGetValue(j);
         }
         const FbxVector4 from(ref[0], ref[1], ref[2], 1.0);
         const FbxVector4 to(out[0], out[1], out[2], 1.0);
@@ -345,13 +391,18 @@ void FbxAnimCurveFilterUnroll::ReplaceSpan(FbxAnimCurve& curve, const FbxAnimCur
     const float before = curve.Evaluate(span.GetStop());
     curve.Replace(unrolled, span.GetStart(), span.GetStop());
     if (mReplaceMode == 2) {
-        const double turns = std::round((curve.Evaluate(span.GetStop()) - before) / 360.0);
-        if (turns != 0.0) {
-            for (int k = curve.KeyGetCount() - 1; k >= 0 && curve.KeyGetTime(k) > span.GetStop();
-                 --k) {
-                curve.KeySetValue(k, static_cast<float>(curve.KeyGetValue(k) + 360.0 * turns));
-            }
-        }
+        ShiftAfterSpan(curve, span, before);
     }
     curve.KeyModifyEnd();
+}
+
+void FbxAnimCurveFilterUnroll::ShiftAfterSpan(FbxAnimCurve& curve, const FbxTimeSpan& span,
+                                              float before) {
+    const double turns = std::round((curve.Evaluate(span.GetStop()) - before) / 360.0);
+    if (turns == 0.0) {
+        return;
+    }
+    for (int k = curve.KeyGetCount() - 1; k >= 0 && curve.KeyGetTime(k) > span.GetStop(); --k) {
+        curve.KeySetValue(k, static_cast<float>(curve.KeyGetValue(k) + 360.0 * turns));
+    }
 }

@@ -64,10 +64,17 @@ private:
     // Validates the curves and finds the span of keys to treat.
     bool Check(FbxAnimCurve** curves, int count, FbxStatus* status, FbxTimeSpan& span) const;
     bool Run(FbxAnimCurve** curves, int count, FbxStatus* status, bool commit, bool& changed);
-    bool Walk(FbxAnimCurve** temps, int first, int last) const;
+    // Curves keyed at the same times are unrolled where they are, without copies.
+    void RunInPlace(FbxAnimCurve** curves, const FbxTimeSpan& span, int first, int last,
+                    bool commit, bool& changed) const;
+    // Walks keys first..last, rewriting them when write is set; true when a value changes.
+    bool Walk(FbxAnimCurve** curves, int first, int last, bool write) const;
     static void ForceAutoTangent(FbxAnimCurve& curve, int index);
     void ReplaceSpan(FbxAnimCurve& curve, const FbxAnimCurve& unrolled,
                      const FbxTimeSpan& span) const;
+    // Replace mode 2: the keys after span move by the whole turns the value at the span's
+    // end moved from before.
+    static void ShiftAfterSpan(FbxAnimCurve& curve, const FbxTimeSpan& span, float before);
 
     double mQualityTolerance;
     bool mTestForPath;

@@ -436,4 +436,57 @@ TEST_F(FbxAnimCurveTest, CurveNodeChannels) {
     EXPECT_EQ(FbxAnimCurveNode::CreateTypedCurveNode(FbxProperty(), mScene), nullptr);
 }
 
+// Times compare equal whichever form holds them: evenly spaced or listed.
+TEST_F(FbxAnimCurveTest, KeyTimesEqualAcrossStorageForms) {
+    FbxAnimCurve* listed = CurveWith({0, 10, 30});
+    listed->KeySet(2, FbxTime(20), 0.0f);  // now 0, 10, 20, kept as a list
+    const struct {
+        std::vector<FbxLongLong> times;
+        bool equal;
+    } rows[] = {
+        {{0, 10, 20}, true},  {{0, 10, 21}, false}, {{0, 10}, false},
+        {{5, 15, 25}, false}, {{0, 5, 20}, false},
+    };
+    for (const auto& row : rows) {
+        FbxAnimCurve* even = CurveWith(row.times);
+        EXPECT_EQ(even->KeyTimesEqual(*listed), row.equal) << row.times.back();
+        EXPECT_EQ(listed->KeyTimesEqual(*even), row.equal) << row.times.back();
+    }
+    EXPECT_TRUE(CurveWith({})->KeyTimesEqual(*CurveWith({})));
+    EXPECT_TRUE(CurveWith({7})->KeyTimesEqual(*CurveWith({7})));
+    EXPECT_FALSE(CurveWith({7})->KeyTimesEqual(*CurveWith({8})));
+    EXPECT_TRUE(CurveWith({0, 1, 2, 4})->KeyTimesEqual(*CurveWith({0, 1, 2, 4})));
+}
+
+// A run ends where the flags, a slope or the weights change; keys past the end have none.
+TEST_F(FbxAnimCurveTest, AttributeRunsEndAtAnyChange) {
+    FbxAnimCurve* curve = CurveWith({0, 1, 2, 3, 4, 5, 6, 7});
+    curve->KeySetInterpolation(2, FbxAnimCurveDef::eInterpolationLinear);
+    curve->KeySetInterpolation(3, FbxAnimCurveDef::eInterpolationLinear);
+    EXPECT_EQ(curve->KeyGetAttributeRun(0), 2);
+    EXPECT_EQ(curve->KeyGetAttributeRun(1), 1);
+    EXPECT_EQ(curve->KeyGetAttributeRun(2), 2);
+    EXPECT_EQ(curve->KeyGetAttributeRun(4), 4);
+    curve->KeySetRightDerivative(5, -0.0f);
+    EXPECT_EQ(curve->KeyGetAttributeRun(4), 1);
+    EXPECT_EQ(curve->KeyGetAttributeRun(5), 1);
+    EXPECT_EQ(curve->KeyGetAttributeRun(6), 2);
+    curve->KeySetLeftDerivative(7, 1.0f);  // held on key 6
+    EXPECT_EQ(curve->KeyGetAttributeRun(6), 1);
+    FbxAnimCurveKeyAttribute weighted;
+    weighted.mData[2] = 1;
+    curve->KeySetAttribute(0, weighted);
+    EXPECT_EQ(curve->KeyGetAttributeRun(0), 1);
+    EXPECT_EQ(curve->KeyGetAttributeRun(8), 0);
+    EXPECT_EQ(curve->KeyGetAttributeRun(-1), 0);
+    // The same after more distinct attributes than a byte names.
+    for (int i = 0; i < 300; ++i) {
+        FbxAnimCurveKeyAttribute attribute;
+        attribute.mData[3] = static_cast<FbxUInt32>(i / 2);
+        curve->KeySetAttribute(curve->KeyAdd(FbxTime(100 + i)), attribute);
+    }
+    EXPECT_EQ(curve->KeyGetAttributeRun(8), 2);
+    EXPECT_EQ(curve->KeyGetAttributeRun(2), 2);
+}
+
 }  // namespace

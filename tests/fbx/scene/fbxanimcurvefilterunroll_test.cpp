@@ -427,4 +427,35 @@ TEST_F(FbxUnrollTest, StackAndObjectOverloadsTreatRotationsOnly) {
     EXPECT_STREQ(mStatus.GetErrorString(), "Not enough animation curves found");
 }
 
+// Curves keyed at the same times are unrolled where they are; curves that need their keys
+// synchronised first go through copies. Both ways end with the same keys.
+TEST_F(FbxUnrollTest, InPlaceAndCopiedRunsAgree) {
+    FbxAnimCurve* other[3] = {FbxAnimCurve::Create(mScene, "u"), FbxAnimCurve::Create(mScene, "v"),
+                              FbxAnimCurve::Create(mScene, "w")};
+    const float xs[] = {170, -175, -170, -160, -150, -140};
+    for (int k = 0; k < 6; ++k) {
+        Key(k, FbxDouble3(xs[k], 30, -40));
+        for (int c = 0; c < 3; ++c) {
+            other[c]->KeySetValue(other[c]->KeyAdd(FbxTime(k * 1176000LL)),
+                                  mCurves[c]->KeyGetValue(k));
+            other[c]->KeySetInterpolation(k, FbxAnimCurveDef::eInterpolationLinear);
+        }
+    }
+    // A key on the line between two others: synchronising adds it to the other curves at
+    // the values they have there, and the walk passes it on its way.
+    other[0]->KeySetValue(other[0]->KeyAdd(FbxTime(4 * 1176000LL + 588000)), -145.0f);
+    ASSERT_TRUE(mFilter.Apply(mCurves, 3, &mStatus));
+    ASSERT_TRUE(mFilter.Apply(other, 3, &mStatus));
+    ASSERT_EQ(other[1]->KeyGetCount(), 7);
+    EXPECT_FLOAT_EQ(other[0]->KeyGetValue(5), 215.0f);
+    for (int k = 0; k < 6; ++k) {
+        const int o = k < 5 ? k : 6;
+        for (int c = 0; c < 3; ++c) {
+            EXPECT_FLOAT_EQ(mCurves[c]->KeyGetValue(k), other[c]->KeyGetValue(o)) << k;
+            EXPECT_EQ(mCurves[c]->KeyGetFlags(k), other[c]->KeyGetFlags(o)) << k;
+        }
+    }
+    EXPECT_FLOAT_EQ(mCurves[0]->KeyGetValue(5), 220.0f);
+}
+
 }  // namespace
