@@ -41,39 +41,31 @@ TEST(ExportRun, InitializeRefusesInvalidSettingsAndEmptyFileNames) {
     EXPECT_TRUE(probe.finalize(false));
 }
 
-// Values from the settings file and the command line arrive as text, those of the options page
-// typed; a value a key does not accept ends the run at its start, whichever way it came.
+// Values from the settings file and the command line arrive as text, and the reference host's
+// settings matrix tries those end to end; the options page's arrive typed. A value a key does
+// not accept ends the run at its start, whichever way it came, before any FBX object exists.
 TEST(ExportRun, InitializeChecksEverySettingsValue) {
-    const std::vector<std::pair<const char*, QVariantList>> refused = {
-        {"outputScale", {"abc", "", "0", "1,5", "-2", " 100", "inf", "nan", "1e999", 0.0}},
-        {"frameSkip", {"99999999999", "-1", "1000001", "2.5", "two", "", -1}},
-        {"useCalibrationPose", {"no", "off", "yes", "2", "", 2}},
-        {"walkOnTheSpot", {"on", "T", " true"}},
-        {"exportFormat", {"xml", "0", "", "binary "}},
-        {"timeIncrementMode", {"2", "fixed", "-1", ""}},
-        {"timeStart", {"5", "real", ""}}};
-    int tried = 0;
-    for (const auto& [key, values] : refused) {
-        for (const QVariant& value : values) {
-            FakeHost host;
-            loadRigidTake(host, {.frames = 2});
-            host.settings.values = {{key, value}};
-            LocalProbe probe(host);
-            try {
-                probe.initialize("/tmp/take.fbx");
-                ADD_FAILURE() << key << " accepted " << value.toString().toStdString();
-            } catch (const NuException& e) {
-                EXPECT_EQ(e.code(), 33);
-                const std::string quoted = "\"" + value.toString().toStdString() + "\"";
-                EXPECT_EQ(e.message().rfind(std::string("Invalid ") + key + ": " + quoted, 0), 0)
-                    << e.message();
-            }
-            EXPECT_EQ(probe.scene(), nullptr);
-            probe.finalize(true);
-            ++tried;
+    const std::vector<std::pair<const char*, QVariant>> refused = {
+        {"outputScale", 0.0},    {"outputScale", "1,5"},    {"frameSkip", -1},
+        {"frameSkip", "2.5"},    {"useCalibrationPose", 2}, {"walkOnTheSpot", " true"},
+        {"exportFormat", "xml"}, {"timeIncrementMode", 2},  {"timeStart", 5}};
+    for (const auto& [key, value] : refused) {
+        FakeHost host;
+        loadRigidTake(host, {.frames = 2});
+        host.settings.values = {{key, value}};
+        LocalProbe probe(host);
+        try {
+            probe.initialize("/tmp/take.fbx");
+            ADD_FAILURE() << key << " accepted " << value.toString().toStdString();
+        } catch (const NuException& e) {
+            EXPECT_EQ(e.code(), 33);
+            const std::string quoted = "\"" + value.toString().toStdString() + "\"";
+            EXPECT_EQ(e.message().rfind(std::string("Invalid ") + key + ": " + quoted, 0), 0)
+                << e.message();
         }
+        EXPECT_EQ(probe.scene(), nullptr);
+        probe.finalize(true);
     }
-    EXPECT_EQ(tried, 37);
 
     FakeHost host;
     loadRigidTake(host, {.frames = 2});
@@ -85,17 +77,12 @@ TEST(ExportRun, InitializeChecksEverySettingsValue) {
             e.message(),
             "Invalid outputScale: \"1,5\" (accepted: a number above 0, such as 100 or 0.001)");
     }
-    const std::vector<QVariantMap> accepted = {
-        {{"outputScale", "2.54"}, {"useCalibrationPose", "FALSE"}, {"exportFormat", "Binary"}},
-        {{"outputScale", 3.2808399}, {"walkOnTheSpot", "True"}, {"frameSkip", "1000000"}},
-        {{"outputScale", "1e-3"}, {"useCalibrationPose", 0}, {"timeStart", 1}},
-        {{"timeIncrementMode", "0"}, {"walkOnTheSpot", true}, {"exportFormat", "ASCII"}}};
-    for (const QVariantMap& values : accepted) {
-        host.settings.values = values;
-        LocalProbe probe(host);
-        EXPECT_TRUE(probe.initialize("/tmp/take.fbx")) << values.firstKey().toStdString();
-        probe.finalize(true);
-    }
+    host.settings.values = {{"outputScale", 3.2808399}, {"useCalibrationPose", 0},
+                            {"walkOnTheSpot", true},    {"frameSkip", 1000000},
+                            {"timeStart", 1},           {"exportFormat", "ASCII"}};
+    LocalProbe probe(host);
+    EXPECT_TRUE(probe.initialize("/tmp/take.fbx"));
+    probe.finalize(true);
 }
 
 TEST(ExportRun, TakeNameCommentTimeModeAndCancel) {
