@@ -18,20 +18,13 @@ FolderState folderState(const QString& folder);
 enum class Outcome { Written, Refused, Either };
 
 struct Expectation {
-    Expectation(Outcome outcome, QStringList messageParts = {}, int framesExported = 0,
-                QString warning = {})
-        : outcome(outcome),
-          messageParts(std::move(messageParts)),
-          framesExported(framesExported),
-          warning(std::move(warning)) {}
-
     Outcome outcome;
     // Texts the refusal's line must hold (file, key, value, reason).
-    QStringList messageParts;
+    QStringList messageParts = {};
     // Frames the run exports; a file with fewer keys than this must have said why.
-    int framesExported;
+    int framesExported = 0;
     // Text a successful run must have said on standard error.
-    QString warning;
+    QString warning = {};
 };
 
 // Why `run` did not end as `expected`, or empty when it did. Written: exit 0 and `output`

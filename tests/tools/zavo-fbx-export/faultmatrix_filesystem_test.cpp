@@ -44,14 +44,14 @@ public:
     QString path(const QString& entry = {}) const {
         return entry.isEmpty() ? m_root.filePath(m_name) : m_root.filePath(m_name + '/' + entry);
     }
-    QString relative(const QString& entry) const { return m_name + '/' + entry; }
 
-    // Exports the demo take to `output` and checks the folder against `expected`; `changed`
-    // is the entry a successful export may write.
+    // Exports the demo take to `output` (in the case folder unless absolute) and checks the
+    // folder against `expected`; `changed` is the entry a successful export may write.
     std::string exportTo(const QString& output, const Expectation& expected,
                          const QString& changed = "out.fbx", const RunOptions& options = {}) {
         const FolderState before = folderState(path());
-        lastRun = runProgram(m_root, demoArguments(output), options);
+        const QString given = output.startsWith('/') ? output : m_name + '/' + output;
+        lastRun = runProgram(m_root, demoArguments(given), options);
         return unclearOutcome(lastRun, path(), changed, before, expected);
     }
     ProgramRun lastRun;
@@ -133,105 +133,83 @@ TEST(FileSystemFaultMatrix, EachFaultEndsInAFileOrAClearRefusalThatKeepsTheFolde
                                            QFileDevice::ExeOther);
     MatrixTally tally("file-system faults");
 
-    {
-        FaultCase c(root, "missing");
-        tally.row("refused paths", "missing folder",
-                  c.exportTo(c.relative("no/such/out.fbx"), refused({"no/such"})));
+    FaultCase missing(root, "missing");
+    tally.row("refused paths", "missing folder",
+              missing.exportTo("no/such/out.fbx", refused({"no/such"})));
+    FaultCase folder(root, "folder");
+    QDir(folder.path()).mkdir("sub");
+    writeFile(folder.path("sub/inside.txt"), "kept");
+    tally.row("refused paths", "a folder as the output", folder.exportTo("sub", refused({"sub"})));
+    tally.row("refused paths", "a folder with a trailing slash",
+              folder.exportTo("sub/", refused({"sub"})));
+    FaultCase danglingFolder(root, "dangling-folder");
+    QFile::link("gone/target.fbx", danglingFolder.path("link.fbx"));
+    tally.row("refused paths", "symlink into a missing folder",
+              danglingFolder.exportTo("link.fbx", refused({"link.fbx"})));
+
+    FaultCase names(root, "long");
+    for (const int length : {250, 255}) {
+        const QString name = QString(length - 4, 'n') + ".fbx";
+        tally.row("output names", "a name of " + std::to_string(length) + " characters",
+                  names.exportTo(name, {Outcome::Written}, name));
     }
-    {
-        FaultCase c(root, "folder");
-        QDir(c.path()).mkdir("sub");
-        writeFile(c.path("sub/inside.txt"), "kept");
-        tally.row("refused paths", "a folder as the output",
-                  c.exportTo(c.relative("sub"), refused({"sub"})));
-        tally.row("refused paths", "a folder with a trailing slash",
-                  c.exportTo(c.relative("sub/"), refused({"sub"})));
+    tally.row("output names", "a name of 256 characters",
+              names.exportTo(QString(252, 'n') + ".fbx", refused({"nnn.fbx"})));
+
+    FaultCase locked(root, "locked");
+    QFile::setPermissions(locked.path(), QFileDevice::ReadOwner | QFileDevice::ExeOwner |
+                                             QFileDevice::ReadOther | QFileDevice::ExeOther);
+    tally.row("refusing file systems", "folder without write permission",
+              locked.exportTo("out.fbx", refused({"out.fbx", "Permission denied"}), "out.fbx",
+                              asUnprivilegedUser()));
+    FaultCase immutable(root, "immutable");
+    if (!succeeds("chattr", {"+i", immutable.path("out.fbx")})) {
+        tally.cannotTry("immutable earlier export", "chattr +i is refused here");
+    } else {
+        tally.row("refusing file systems", "immutable earlier export",
+                  immutable.exportTo("out.fbx", refused({"out.fbx", "Operation not permitted"})));
+        succeeds("chattr", {"-i", immutable.path("out.fbx")});
     }
-    {
-        FaultCase c(root, "dangling-folder");
-        QFile::link("gone/target.fbx", c.path("link.fbx"));
-        tally.row("refused paths", "symlink into a missing folder",
-                  c.exportTo(c.relative("link.fbx"), refused({"link.fbx"})));
+    FaultCase readOnly(root, "readonly");
+    if (!canMount(readOnly.path(), readOnlyMount)) {
+        tally.cannotTry("read-only file system", "no read-only bind mount in a namespace");
+    } else {
+        tally.row("refusing file systems", "read-only file system",
+                  readOnly.exportTo("out.fbx", refused({"out.fbx", "Read-only file system"}),
+                                    "out.fbx", inMountNamespace(readOnly.path(), readOnlyMount)));
     }
-    {
-        FaultCase c(root, "long");
-        for (const int length : {250, 255}) {
-            const QString name = QString(length - 4, 'n') + ".fbx";
-            tally.row("output names", "a name of " + std::to_string(length) + " characters",
-                      c.exportTo(c.relative(name), {Outcome::Written}, name));
-        }
-        tally.row("output names", "a name of 256 characters",
-                  c.exportTo(c.relative(QString(252, 'n') + ".fbx"), refused({"nnn.fbx"})));
+    FaultCase full(root, "full");
+    if (!canMount(full.path(), fullMount)) {
+        tally.cannotTry("full file system", "no tmpfs in a mount namespace");
+    } else {
+        // The folder's listing and the export afterwards land beside the folder.
+        const ProgramRun run = runProgram(
+            root, demoArguments("full/out.fbx"),
+            inMountNamespace(full.path(), fullMount,
+                             "ls -A \"$0\" > \"$0.list\"; cat \"$0/out.fbx\" > \"$0.after\";"));
+        const QByteArray listed = fileBytes(full.path() + ".list");
+        std::string problem = unclearOutcome(run, full.path(), "out.fbx", folderState(full.path()),
+                                             refused({"out.fbx", "No space left on device"}));
+        if (problem.empty() && listed != "out.fbx\n")
+            problem = "left beside the output: " + listed.toStdString();
+        if (problem.empty() && fileBytes(full.path() + ".after") != earlierExport)
+            problem = "the earlier export was lost";
+        tally.row("refusing file systems", "full file system (16 KB tmpfs)", problem);
     }
-    {
-        FaultCase c(root, "locked");
-        const RunOptions options = asUnprivilegedUser();
-        QFile::setPermissions(c.path(), QFileDevice::ReadOwner | QFileDevice::ExeOwner |
-                                            QFileDevice::ReadOther | QFileDevice::ExeOther);
-        tally.row("refusing file systems", "folder without write permission",
-                  c.exportTo(c.relative("out.fbx"), refused({"out.fbx", "Permission denied"}),
-                             "out.fbx", options));
-    }
-    {
-        FaultCase c(root, "immutable");
-        if (!succeeds("chattr", {"+i", c.path("out.fbx")})) {
-            tally.cannotTry("immutable earlier export", "chattr +i is refused here");
-        } else {
-            tally.row(
-                "refusing file systems", "immutable earlier export",
-                c.exportTo(c.relative("out.fbx"), refused({"out.fbx", "Operation not permitted"})));
-            succeeds("chattr", {"-i", c.path("out.fbx")});
-        }
-    }
-    {
-        FaultCase c(root, "readonly");
-        if (!canMount(c.path(), readOnlyMount)) {
-            tally.cannotTry("read-only file system", "no read-only bind mount in a namespace");
-        } else {
-            tally.row(
-                "refusing file systems", "read-only file system",
-                c.exportTo(c.relative("out.fbx"), refused({"out.fbx", "Read-only file system"}),
-                           "out.fbx", inMountNamespace(c.path(), readOnlyMount)));
-        }
-    }
-    {
-        FaultCase c(root, "full");
-        if (!canMount(c.path(), fullMount)) {
-            tally.cannotTry("full file system", "no tmpfs in a mount namespace");
-        } else {
-            // The folder's listing and the export afterwards land beside the folder.
-            const ProgramRun run = runProgram(
-                root, demoArguments(c.relative("out.fbx")),
-                inMountNamespace(c.path(), fullMount,
-                                 "ls -A \"$0\" > \"$0.list\"; cat \"$0/out.fbx\" > \"$0.after\";"));
-            std::string problem = unclearOutcome(run, c.path(), "out.fbx", folderState(c.path()),
-                                                 refused({"out.fbx", "No space left on device"}));
-            if (problem.empty() && fileBytes(c.path() + ".list") != "out.fbx\n")
-                problem = "left beside the output: " + fileBytes(c.path() + ".list").toStdString();
-            if (problem.empty() && fileBytes(c.path() + ".after") != earlierExport)
-                problem = "the earlier export was lost";
-            tally.row("refusing file systems", "full file system (16 KB tmpfs)", problem);
-        }
-    }
-    {
-        // "Program Success!" only for a file that was written.
-        FaultCase c(root, "devfull");
-        std::string problem =
-            c.exportTo("/dev/full", refused({"/dev/full", "No space left on device"}));
-        if (!QFileInfo::exists("/dev/full")) problem += "; /dev/full is gone";
-        if (c.lastRun.standardOutput.contains("Program Success!")) problem += "; said success";
-        tally.row("devices", "/dev/full", problem);
-    }
-    {
-        const ProgramRun run = runProgram(root, demoArguments("/dev/null"));
-        std::string problem = failure(run);
-        if (QFileInfo("/dev/null").isFile()) problem += "/dev/null became a file";
-        tally.row("devices", "/dev/null", problem);
-    }
+    // "Program Success!" only for a file that was written.
+    FaultCase devFull(root, "devfull");
+    std::string problem =
+        devFull.exportTo("/dev/full", refused({"/dev/full", "No space left on device"}));
+    if (!QFileInfo::exists("/dev/full")) problem += "; /dev/full is gone";
+    if (devFull.lastRun.standardOutput.contains("Program Success!")) problem += "; said success";
+    tally.row("devices", "/dev/full", problem);
+    const ProgramRun null = runProgram(root, demoArguments("/dev/null"));
+    tally.row("devices", "/dev/null",
+              failure(null) + (QFileInfo("/dev/null").isFile() ? "; /dev/null became a file" : ""));
     // Standard output holds the FBX data alone; the plug-in's lines go to standard error.
     for (const QString output : {"-", "/dev/stdout"}) {
         const ProgramRun run = runProgram(root, demoArguments(output));
-        std::string problem = failure(run);
+        problem = failure(run);
         if (problem.empty()) problem = unreadableExport(run.outputBytes, 3, {});
         if (!run.standardError.contains("Program Success!\n") ||
             !run.standardError.contains("\n" + output + ": 3 frames, "))
@@ -240,28 +218,22 @@ TEST(FileSystemFaultMatrix, EachFaultEndsInAFileOrAClearRefusalThatKeepsTheFolde
             problem += "; wrote a file named " + output.toStdString();
         tally.row("devices", output.toStdString() + " for standard output", problem);
     }
-    {
-        FaultCase c(root, "fifo");
-        ::mkfifo(c.path("out.fifo").toLocal8Bit().constData(), 0600);
-        const FolderState before = folderState(c.path());
-        ProgramRun run;
-        const QByteArray received = exportThroughFifo(root, c.path("out.fifo"), run);
-        std::string problem = failure(run);
-        if (problem.empty()) problem = unreadableExport(received, 3, {});
-        if (folderState(c.path()) != before) problem += "; the folder changed";
-        tally.row("devices", "FIFO", problem);
-    }
-    {
-        FaultCase c(root, "dangling");
-        QFile::link("target.fbx", c.path("link.fbx"));
-        tally.row("symlinks", "dangling symlink",
-                  c.exportTo(c.relative("link.fbx"), {Outcome::Written}, "target.fbx"));
-    }
-    {
-        FaultCase c(root, "linked");
-        QFile::link("out.fbx", c.path("link.fbx"));
-        tally.row("symlinks", "symlink to the earlier export",
-                  c.exportTo(c.relative("link.fbx"), {Outcome::Written}, "out.fbx"));
-    }
+    FaultCase fifo(root, "fifo");
+    ::mkfifo(fifo.path("out.fifo").toLocal8Bit().constData(), 0600);
+    const FolderState beforeFifo = folderState(fifo.path());
+    ProgramRun piped;
+    const QByteArray received = exportThroughFifo(root, fifo.path("out.fifo"), piped);
+    problem = failure(piped);
+    if (problem.empty()) problem = unreadableExport(received, 3, {});
+    if (folderState(fifo.path()) != beforeFifo) problem += "; the folder changed";
+    tally.row("devices", "FIFO", problem);
+    FaultCase dangling(root, "dangling");
+    QFile::link("target.fbx", dangling.path("link.fbx"));
+    tally.row("symlinks", "dangling symlink",
+              dangling.exportTo("link.fbx", {Outcome::Written}, "target.fbx"));
+    FaultCase linked(root, "linked");
+    QFile::link("out.fbx", linked.path("link.fbx"));
+    tally.row("symlinks", "symlink to the earlier export",
+              linked.exportTo("link.fbx", {Outcome::Written}, "out.fbx"));
     tally.finish();
 }

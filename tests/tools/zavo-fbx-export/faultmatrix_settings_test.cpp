@@ -92,4 +92,4 @@ TEST_P(SettingsFaultMatrix, EachValueExportsOrStopsTheRunNamingKeyAndValue) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryKey, SettingsFaultMatrix, ::testing::ValuesIn(keyTable),
-                         [](const auto& info) { return std::string(info.param.key); });
+                         [](const auto& row) { return std::string(row.param.key); });
