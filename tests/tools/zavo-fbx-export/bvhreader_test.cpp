@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "bvhclip.h"
-#include "bvhtake.h"
 #include "takeerror.h"
 
 namespace {
@@ -38,29 +37,6 @@ TEST(BvhReader, ForwardKinematicsFollowsEachJointsChannelOrder) {
     // Spine turns X 90 then Z 90 in its channel order: Ry(90) Rx(90) Rz(90) takes its Y axis
     // to +Z; the reverse order would give +X.
     expectNear(takemath::rotate(pose[1].orientation, {0, 1, 0}), {0, 0, 1});
-}
-
-TEST(BvhReader, TakeUsesHostAxesMetresAndTheRestPoseAsNullPose) {
-    const Take take = takeFromBvh(parseBvh(smallClip, "small.bvh"), 0.01, 1.0 / 0.0083333);
-    EXPECT_DOUBLE_EQ(take.frameRate, 1.0 / 0.0083333);
-    EXPECT_EQ(take.recordStartTime, 0);
-    ASSERT_EQ(take.frames.size(), 2u);
-    EXPECT_EQ(take.frames[1]->frameTime, 8);
-    // BVH (x, y, z) in centimetres becomes host (z, x, y) in metres.
-    const auto& pelvis = take.frames[0]->segments[0];
-    EXPECT_NEAR(pelvis.position[0], 0.03, 1e-12);
-    EXPECT_NEAR(pelvis.position[1], 0.01, 1e-12);
-    EXPECT_NEAR(pelvis.position[2], 0.02, 1e-12);
-    const auto& rest = take.nullPose->segments[1];  // Spine at rest
-    EXPECT_NEAR(rest.position[2], 0.15, 1e-12);
-    EXPECT_EQ(rest.orientation, (std::array<double, 4>{1, 0, 0, 0}));
-    // A finger name gives the take finger data; fingers without a joint follow their parent.
-    ASSERT_TRUE(take.frames[0]->hasFingers());
-    EXPECT_EQ(take.fingerNames[0][2], "LeftHandThumb2");
-    const TakePose& frame = *take.frames[0];
-    EXPECT_EQ(frame.finger(0, 3).position, frame.finger(0, 2).position);
-    EXPECT_EQ(frame.finger(0, 1).position, frame.segments[14].position);
-    EXPECT_EQ(frame.segments[14].position, frame.segments[1].position);
 }
 
 // Every malformed input ends in one line naming the file, the line and what was expected.
