@@ -16,9 +16,9 @@
 #include "fakehost.h"
 #include "fbx/scene/fbxtime.h"
 #include "fbxexporterlocal.h"
+#include "fbxfile/fbxbinaryreader.h"
 #include "settingsstore.h"
 #include "takehost.h"
-#include "tests/support/fbxbinaryreader.h"
 
 namespace {
 
@@ -66,17 +66,17 @@ void exportSeparately(const QStringList& input, const QString& file) {
     ASSERT_EQ(program.exitCode(), 0) << program.readAllStandardError().toStdString();
 }
 
-fbxtest::File readFile(const QString& path) {
-    fbxtest::File file;
+fbxfile::File readFile(const QString& path) {
+    fbxfile::File file;
     std::string error;
-    EXPECT_TRUE(fbxtest::ReadBinaryFile(path.toStdString(), file, error)) << error;
+    EXPECT_TRUE(fbxfile::ReadBinaryFile(path.toStdString(), file, error)) << error;
     return file;
 }
 
-const fbxtest::Value* globalSetting(const fbxtest::File& file, const std::string& name) {
-    const fbxtest::Record* properties = file.Find("GlobalSettings/Properties70");
+const fbxfile::Value* globalSetting(const fbxfile::File& file, const std::string& name) {
+    const fbxfile::Record* properties = file.Find("GlobalSettings/Properties70");
     if (!properties) return nullptr;
-    for (const fbxtest::Record& p : properties->children) {
+    for (const fbxfile::Record& p : properties->children) {
         if (p.values.size() == 5 && p.values[0].String() == name) return &p.values[4];
     }
     return nullptr;
@@ -85,10 +85,10 @@ const fbxtest::Value* globalSetting(const fbxtest::File& file, const std::string
 // Checks the file's time mode against `rate` and that every curve keys frame k at exactly
 // k frames of that rate, in the file's legacy ticks.
 void expectKeysOnTheRateGrid(const QString& path, double rate, int frames) {
-    const fbxtest::File file = readFile(path);
+    const fbxfile::File file = readFile(path);
     const FbxLongLong frame = static_cast<FbxLongLong>(141120000.0 / rate);
-    const fbxtest::Value* mode = globalSetting(file, "TimeMode");
-    const fbxtest::Value* custom = globalSetting(file, "CustomFrameRate");
+    const fbxfile::Value* mode = globalSetting(file, "TimeMode");
+    const fbxfile::Value* custom = globalSetting(file, "CustomFrameRate");
     ASSERT_TRUE(mode && custom);
     if (mode->Int() == FbxTime::eCustom) {
         EXPECT_EQ(custom->reals.at(0), rate);
@@ -97,7 +97,7 @@ void expectKeysOnTheRateGrid(const QString& path, double rate, int frames) {
         EXPECT_EQ(FbxTime::GetOneFrameValue(static_cast<FbxTime::EMode>(mode->Int())), frame);
     }
     int curves = 0;
-    for (const fbxtest::Record* curve : file.Find("Objects")->Children("AnimationCurve")) {
+    for (const fbxfile::Record* curve : file.Find("Objects")->Children("AnimationCurve")) {
         const std::vector<int64_t>& times = curve->Child("KeyTime")->values.at(0).ints;
         ASSERT_EQ(times.size(), static_cast<size_t>(frames));
         for (int k = 0; k < frames; ++k) {

@@ -27,8 +27,8 @@
 #include "fbx/scene/fbxnull.h"
 #include "fbx/scene/fbxscene.h"
 #include "fbx/scene/fbxskeleton.h"
-#include "tests/support/fbxasciireader.h"
-#include "tests/support/fbxbinaryreader.h"
+#include "fbxfile/fbxasciireader.h"
+#include "fbxfile/fbxbinaryreader.h"
 
 namespace {
 
@@ -208,9 +208,9 @@ bool Export(FbxManager* manager, FbxScene* scene, const std::string& path, bool 
     std::abort();
 }
 
-void CheckSameShape(const fbxtest::File& binary, const fbxtest::File& ascii, const char* section) {
-    const fbxtest::Record* inBinary = binary.Find(section);
-    const fbxtest::Record* inAscii = ascii.Find(section);
+void CheckSameShape(const fbxfile::File& binary, const fbxfile::File& ascii, const char* section) {
+    const fbxfile::Record* inBinary = binary.Find(section);
+    const fbxfile::Record* inAscii = ascii.Find(section);
     if (!inBinary || !inAscii) Finding("section missing", section);
     if (inBinary->children.size() != inAscii->children.size())
         Finding("binary and ASCII differ in", section);
@@ -234,10 +234,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (binaryWritten != asciiWritten) Finding("one form written, not the other", binaryPath);
     if (!binaryWritten) return 0;
 
-    fbxtest::File binary, ascii;
+    fbxfile::File binary, ascii;
     std::string error;
-    if (!fbxtest::ReadBinaryFile(binaryPath, binary, error)) Finding("binary file", error);
-    if (!fbxtest::ReadAsciiFile(asciiPath, ascii, error)) Finding("ASCII file", error);
+    if (!fbxfile::ReadBinaryFile(binaryPath, binary, error)) Finding("binary file", error);
+    if (!fbxfile::ReadAsciiFile(asciiPath, ascii, error)) Finding("ASCII file", error);
     CheckSameShape(binary, ascii, "Objects");
     CheckSameShape(binary, ascii, "Connections");
     return 0;

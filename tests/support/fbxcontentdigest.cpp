@@ -29,7 +29,7 @@ private:
     uint64_t mHash = 0xcbf29ce484222325ull;
 };
 
-void AddValue(const Value& value, Digest& digest) {
+void AddValue(const fbxfile::Value& value, Digest& digest) {
     digest.Add(&value.type, 1);
     digest.Add(value.bytes.data(), value.bytes.size());
     digest.Add(value.ints.data(), value.ints.size() * sizeof(int64_t));
@@ -37,12 +37,12 @@ void AddValue(const Value& value, Digest& digest) {
 }
 
 // Names and values of the record and of everything below it.
-void AddTree(const Record& record, Digest& digest) {
+void AddTree(const fbxfile::Record& record, Digest& digest) {
     digest.Add(record.name.data(), record.name.size() + 1);
-    for (const Value& value : record.values) AddValue(value, digest);
+    for (const fbxfile::Value& value : record.values) AddValue(value, digest);
     const uint64_t children = record.children.size();
     digest.Add(&children, sizeof children);
-    for (const Record& child : record.children) AddTree(child, digest);
+    for (const fbxfile::Record& child : record.children) AddTree(child, digest);
 }
 
 // Control bytes (the name-class separator) as \xNN, so that the lists stay plain text.
@@ -61,7 +61,7 @@ std::string Printable(const std::string& text) {
     return out;
 }
 
-std::string ValueLine(const Value& value) {
+std::string ValueLine(const fbxfile::Value& value) {
     const bool array = std::strchr("bchilfd", value.type) != nullptr;
     if (!array && value.bytes.size() <= kShortValue) return Printable(value.Text());
     Digest digest;
@@ -71,20 +71,20 @@ std::string ValueLine(const Value& value) {
 }
 
 // Records down to `depth` get a line of their own; deeper ones count in their parent's digest.
-void AddRecord(const Record& record, const std::string& path, int depth,
+void AddRecord(const fbxfile::Record& record, const std::string& path, int depth,
                std::vector<std::string>& lines) {
     std::string line = path;
-    for (const Value& value : record.values) line += " " + ValueLine(value);
+    for (const fbxfile::Value& value : record.values) line += " " + ValueLine(value);
     if (depth == 0) {
         Digest tree;
-        for (const Record& child : record.children) AddTree(child, tree);
+        for (const fbxfile::Record& child : record.children) AddTree(child, tree);
         lines.push_back(line + " {" + std::to_string(record.children.size()) + ":" + tree.Hex() +
                         "}");
         return;
     }
     lines.push_back(line);
     std::map<std::string, int> seen;
-    for (const Record& child : record.children) {
+    for (const fbxfile::Record& child : record.children) {
         const int index = seen[child.name]++;
         AddRecord(child, path + "/" + child.name + "#" + std::to_string(index), depth - 1, lines);
     }
@@ -102,10 +102,10 @@ bool StartsSection(std::string_view line) {
 
 }  // namespace
 
-std::vector<std::string> BinaryContentLines(const File& file) {
+std::vector<std::string> BinaryContentLines(const fbxfile::File& file) {
     std::vector<std::string> lines{"version " + std::to_string(file.version)};
     std::map<std::string, int> seen;
-    for (const Record& record : file.root.children) {
+    for (const fbxfile::Record& record : file.root.children) {
         const int index = seen[record.name]++;
         AddRecord(record, record.name + "#" + std::to_string(index), 1, lines);
     }

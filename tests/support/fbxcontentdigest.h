@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/fbxbinaryreader.h"
+#include "fbxfile/fbxbinaryreader.h"
 
 // What a written file holds, one line per record, so that two writers (or two versions of one)
 // can be compared by content rather than by bytes: compressed arrays are compared inflated.
@@ -13,7 +13,7 @@ namespace fbxtest {
 // its path ("Objects#0/AnimationCurve#3"), each value as its text when short, else its type,
 // length and digest, and for the lower level a digest of all it holds (inflated arrays
 // included). The footer's check bytes end the list.
-std::vector<std::string> BinaryContentLines(const File& file);
+std::vector<std::string> BinaryContentLines(const fbxfile::File& file);
 
 // One line per top-level record of an ASCII file and per record one level below: its path, line
 // count and a digest of its text.

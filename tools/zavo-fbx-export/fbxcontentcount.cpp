@@ -2,117 +2,37 @@
 
 #include <QFile>
 #include <algorithm>
-#include <cstring>
 #include <fstream>
 #include <string>
 
+#include "fbxfile/fbxbinaryreader.h"
+#include "mappedfile.h"
+
 namespace {
 
-constexpr char BinaryMagic[] = "Kaydara FBX Binary  \0\x1a\0";
-constexpr size_t BinaryMagicSize = 23;
-constexpr size_t BinaryHeaderSize = 27;
+constexpr std::string_view BinarySignature("Kaydara FBX Binary  \0", 21);
 
-// The header of one binary record: where it ends, its values and its children.
-struct Record {
-    uint64_t end = 0;  // 0: the null record closing a list
-    std::string name;
-    uint64_t valuesStart = 0;
-    uint64_t childrenStart = 0;
-};
-
-class BinaryFbx {
-public:
-    BinaryFbx(std::ifstream& file, uint64_t size, bool wide)
-        : m_file(file), m_size(size), m_wide(wide) {}
-
-    bool record(uint64_t pos, Record& record) {
-        const uint64_t slot = m_wide ? 8 : 4;
-        uint64_t end = 0, values = 0, valuesLength = 0;
-        unsigned char nameLength = 0;
-        if (!read(pos, end, slot) || !read(pos + slot, values, slot) ||
-            !read(pos + 2 * slot, valuesLength, slot) || !read(pos + 3 * slot, nameLength, 1))
-            return false;
-        record.end = end;
-        record.name.assign(nameLength, '\0');
-        if (nameLength && !readBytes(pos + 3 * slot + 1, record.name.data(), nameLength))
-            return false;
-        record.valuesStart = pos + 3 * slot + 1 + nameLength;
-        record.childrenStart = record.valuesStart + valuesLength;
-        return end == 0 || (end > pos && end <= m_size);
-    }
-
-    // Visits the children of `parent`; stops at the null record or a damaged one.
-    template <typename Visit>
-    bool children(const Record& parent, Visit&& visit) {
-        for (uint64_t pos = parent.childrenStart; pos < parent.end;) {
-            Record child;
-            if (!record(pos, child)) return false;
-            if (child.end == 0) break;
-            visit(child);
-            pos = child.end;
-        }
-        return true;
-    }
-
-    // Element count of the array value that opens `record`, or -1.
-    int64_t arrayLength(const Record& record) {
-        char type = 0;
-        uint32_t length = 0;
-        if (!read(record.valuesStart, type, 1) || !std::strchr("fdlib", type) || type == '\0' ||
-            !read(record.valuesStart + 1, length, 4))
-            return -1;
-        return length;
-    }
-
-    template <typename T>
-    bool read(uint64_t pos, T& value, uint64_t size) {
-        uint64_t raw = 0;
-        if (!readBytes(pos, &raw, size)) return false;
-        std::memcpy(&value, &raw, sizeof(T));
-        return true;
-    }
-
-private:
-    bool readBytes(uint64_t pos, void* out, uint64_t size) {
-        if (pos + size > m_size) return false;
-        m_file.seekg(static_cast<std::streamoff>(pos));
-        return static_cast<bool>(
-            m_file.read(static_cast<char*>(out), static_cast<std::streamsize>(size)));
-    }
-
-    std::ifstream& m_file;
-    uint64_t m_size;
-    bool m_wide;
-};
-
-void countCurve(BinaryFbx& fbx, const Record& curve, FbxContentCount& count) {
-    ++count.curves;
-    fbx.children(curve, [&](const Record& field) {
-        if (field.name != "KeyTime") return;
-        const int64_t keys = std::max<int64_t>(0, fbx.arrayLength(field));
+// Reads the file's structure only: arrays give their lengths and are never inflated, so that a
+// file of any size costs little more than its record headers.
+FbxContentCount countBinary(const MappedFile& mapped) {
+    FbxContentCount count;
+    fbxfile::File file;
+    std::string error;
+    const fbxfile::ReadOptions structureOnly{.compressMinimumSize = std::nullopt,
+                                             .arrayContents = false};
+    if (!fbxfile::ReadBinaryBytes(mapped.text(), file, error, structureOnly)) return count;
+    count.readable = true;
+    const fbxfile::Record* objects = file.Find("Objects");
+    if (!objects) return count;
+    count.nodes = static_cast<int64_t>(objects->Children("Model").size());
+    for (const fbxfile::Record* curve : objects->Children("AnimationCurve")) {
+        ++count.curves;
+        const fbxfile::Record* times = curve->Child("KeyTime");
+        const int64_t keys =
+            times && !times->values.empty() ? static_cast<int64_t>(times->values[0].count) : 0;
         count.keys += keys;
         count.mostKeys = std::max(count.mostKeys, keys);
-    });
-}
-
-FbxContentCount countBinary(std::ifstream& file, uint64_t size) {
-    FbxContentCount count;
-    BinaryFbx fbx(file, size, false);
-    uint32_t version = 0;
-    if (!fbx.read(BinaryMagicSize, version, 4)) return count;
-    BinaryFbx records(file, size, version >= 7500);
-    bool ok = true;
-    for (uint64_t pos = BinaryHeaderSize; ok && pos < size;) {
-        Record top;
-        if (!records.record(pos, top) || top.end == 0) break;
-        if (top.name == "Objects")
-            ok = records.children(top, [&](const Record& object) {
-                if (object.name == "Model") ++count.nodes;
-                if (object.name == "AnimationCurve") countCurve(records, object, count);
-            });
-        pos = top.end;
     }
-    count.readable = ok;
     return count;
 }
 
@@ -148,15 +68,15 @@ FbxContentCount countAscii(std::ifstream& file) {
 }  // namespace
 
 FbxContentCount countFbxContent(const QString& path) {
-    std::ifstream file(QFile::encodeName(path).toStdString(), std::ios::binary);
-    char head[BinaryMagicSize] = {};
-    if (!file.read(head, BinaryMagicSize)) return {};
-    if (std::memcmp(head, BinaryMagic, BinaryMagicSize) == 0) {
-        file.seekg(0, std::ios::end);
-        const auto size = static_cast<uint64_t>(file.tellg());
-        return countBinary(file, size);
+    const std::string name = QFile::encodeName(path).toStdString();
+    {
+        const MappedFile mapped(name);
+        if (mapped.text().substr(0, BinarySignature.size()) == BinarySignature)
+            return countBinary(mapped);
     }
-    if (std::string_view(head, 5) != "; FBX") return {};
+    std::ifstream file(name, std::ios::binary);
+    char head[5] = {};
+    if (!file.read(head, sizeof head) || std::string_view(head, sizeof head) != "; FBX") return {};
     file.seekg(0);
     return countAscii(file);
 }

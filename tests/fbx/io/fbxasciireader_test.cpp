@@ -3,15 +3,15 @@
 #include <string_view>
 
 #include "fbx/scene/fbxscene.h"
+#include "fbxfile/fbxasciireader.h"
 #include "tests/fbx/io/fbxio_test_util.h"
-#include "tests/support/fbxasciireader.h"
 
 namespace {
 
 // Record names of the tree, depth-first, one per line indented by depth.
-std::string Outline(const fbxtest::Record& record, int depth = 0) {
+std::string Outline(const fbxfile::Record& record, int depth = 0) {
     std::string text = std::string(depth, ' ') + record.name + "\n";
-    for (const fbxtest::Record& child : record.children) text += Outline(child, depth + 1);
+    for (const fbxfile::Record& child : record.children) text += Outline(child, depth + 1);
     return text;
 }
 
@@ -24,13 +24,13 @@ TEST(FbxAsciiReader, ReadsTheWritersAsciiWithTheBinaryRecords) {
     ASSERT_EQ("", fbxtest::Export(manager.get(), scene, dir.File("a.fbx"), {.ascii = true}));
     ASSERT_EQ("", fbxtest::Export(manager.get(), scene, dir.File("b.fbx")));
 
-    fbxtest::File ascii;
+    fbxfile::File ascii;
     std::string error;
-    ASSERT_TRUE(fbxtest::ReadAsciiFile(dir.File("a.fbx"), ascii, error)) << error;
-    const fbxtest::File binary = fbxtest::ReadChecked(dir.File("b.fbx"));
+    ASSERT_TRUE(fbxfile::ReadAsciiFile(dir.File("a.fbx"), ascii, error)) << error;
+    const fbxfile::File binary = fbxtest::ReadChecked(dir.File("b.fbx"));
     for (const char* section : {"Definitions", "Objects", "Connections", "Takes"})
         EXPECT_EQ(Outline(*binary.Find(section)), Outline(*ascii.Find(section))) << section;
-    const fbxtest::Record* keyTimes = ascii.Find("Objects/AnimationCurve/KeyTime");
+    const fbxfile::Record* keyTimes = ascii.Find("Objects/AnimationCurve/KeyTime");
     ASSERT_NE(nullptr, keyTimes);
     EXPECT_EQ(40u, keyTimes->values.at(0).reals.size());
 }
@@ -53,10 +53,10 @@ TEST(FbxAsciiReader, RefusesWhatBreaksATextReader) {
         {"A: \"a\0b\"\n"sv, "NUL byte"},
     };
     for (const auto& bad : cases) {
-        fbxtest::File file;
+        fbxfile::File file;
         std::string error;
         const std::string text = header + std::string(bad.text);
-        EXPECT_FALSE(fbxtest::ReadAsciiText(text, file, error)) << bad.text;
+        EXPECT_FALSE(fbxfile::ReadAsciiText(text, file, error)) << bad.text;
         EXPECT_NE(std::string::npos, error.find(bad.error)) << bad.text << " -> " << error;
     }
 }
@@ -66,10 +66,10 @@ TEST(FbxAsciiReader, FollowsValueListsThatWrap) {
         "; FBX 7.7.0 project file\n"
         "A: \n        \"long\", \"x\",\n        1\n"
         "B: *2 {\n\ta: 1,\n2\n}\n";
-    fbxtest::File file;
+    fbxfile::File file;
     std::string error;
-    ASSERT_TRUE(fbxtest::ReadAsciiText(text, file, error)) << error;
-    EXPECT_EQ("Slong Sx D1", fbxtest::Texts(file.Find("A")->values));
-    EXPECT_EQ("d[1,2]", fbxtest::Texts(file.Find("B")->values));
+    ASSERT_TRUE(fbxfile::ReadAsciiText(text, file, error)) << error;
+    EXPECT_EQ("Slong Sx D1", fbxfile::Texts(file.Find("A")->values));
+    EXPECT_EQ("d[1,2]", fbxfile::Texts(file.Find("B")->values));
 }
 }  // namespace

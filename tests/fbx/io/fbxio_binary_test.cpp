@@ -9,8 +9,8 @@
 
 namespace {
 
-using fbxtest::File;
-using fbxtest::Texts;
+using fbxfile::File;
+using fbxfile::Texts;
 using namespace std::string_literals;
 
 struct BinaryFile {
@@ -21,14 +21,14 @@ struct BinaryFile {
 // Writes a binary file whose top-level fields come from `body`; every file goes through the
 // structural reader.
 BinaryFile WriteBinary(const std::function<void(FbxIO&)>& body, int version = 7700,
-                       const fbxtest::ReadOptions& options = {}, int timeCodeDefinition = 127) {
+                       const fbxfile::ReadOptions& options = {}, int timeCodeDefinition = 127) {
     fbxtest::TempDir dir;
     FbxIO io(FbxIO::ImplementationForVersion(version), timeCodeDefinition);
     const std::string path = dir.File("out.fbx");
     EXPECT_TRUE(io.ProjectCreateEmpty(path.c_str(), version, true));
     body(io);
     EXPECT_TRUE(io.ProjectClose()) << io.GetStatus().GetErrorString();
-    return {fbxtest::ReadAllBytes(path), fbxtest::ReadChecked(path, options)};
+    return {fbxfile::ReadAllBytes(path), fbxtest::ReadChecked(path, options)};
 }
 
 TEST(FbxIOBinary, ScalarsStringsAndArraysOfEveryType) {
@@ -74,7 +74,7 @@ TEST(FbxIOBinary, ScalarsStringsAndArraysOfEveryType) {
         "d[1,2,3,4,5,6] f[0.5,-1] i[-1,2] l[-1099511627776] b[1,0] c[250] h[-300] d[] "
         "l[0,10,20]",
         Texts(out.file.Find("Arrays")->values));
-    const fbxtest::Record* empty = out.file.Find("Empty");
+    const fbxfile::Record* empty = out.file.Find("Empty");
     EXPECT_TRUE(empty && empty->values.empty() && !empty->hasBlock);
 }
 
@@ -99,7 +99,7 @@ TEST(FbxIOBinary, CompressionThresholdAndSettings) {
     std::iota(bytes.begin(), bytes.end(), 0);
     for (const auto& [enabled, minimum, level] :
          {std::tuple{true, 1024, 1}, {true, 0, 9}, {true, 4096, 1}, {false, 1024, 1}}) {
-        const fbxtest::ReadOptions options{enabled ? uint32_t(minimum) : UINT32_MAX};
+        const fbxfile::ReadOptions options{enabled ? uint32_t(minimum) : UINT32_MAX};
         const BinaryFile out = WriteBinary(
             [&](FbxIO& io) {
                 io.CompressArrays(enabled);
@@ -195,7 +195,7 @@ TEST(FbxIOBinary, ReaderRejectsCorruptedFiles) {
         ++bytes[at];
         File file;
         std::string error;
-        EXPECT_FALSE(fbxtest::ReadBinaryBytes(bytes, file, error)) << at;
+        EXPECT_FALSE(fbxfile::ReadBinaryBytes(bytes, file, error)) << at;
         EXPECT_NE(std::string::npos, error.find(expected)) << at << ": " << error;
     }
 }

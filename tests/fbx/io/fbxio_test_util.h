@@ -15,7 +15,7 @@
 #include "fbx/io/fbxiosettings.h"
 #include "fbx/scene/fbxmanager.h"
 #include "fbx/scene/fbxtime.h"
-#include "tests/support/fbxbinaryreader.h"
+#include "fbxfile/fbxbinaryreader.h"
 
 class FbxScene;
 
@@ -54,10 +54,11 @@ inline std::string ReadText(const std::string& path) {
 }
 
 // Reads a binary file with the structural reader; a violation fails the test.
-inline File ReadChecked(const std::string& path, const ReadOptions& options = {}) {
-    File file;
+inline fbxfile::File ReadChecked(const std::string& path,
+                                 const fbxfile::ReadOptions& options = {}) {
+    fbxfile::File file;
     std::string error;
-    EXPECT_TRUE(ReadBinaryFile(path, file, error, options)) << path << ": " << error;
+    EXPECT_TRUE(fbxfile::ReadBinaryFile(path, file, error, options)) << path << ": " << error;
     return file;
 }
 

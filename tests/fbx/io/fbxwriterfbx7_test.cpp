@@ -6,12 +6,13 @@
 #include "fbx/scene/fbxanimstack.h"
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxscene.h"
+#include "fbxfile/fbxasciireader.h"
 #include "tests/fbx/io/fbxio_test_util.h"
-#include "tests/support/fbxasciireader.h"
 #include "zavoversion.h"
 
 namespace {
 
+using namespace fbxfile;
 using namespace fbxtest;
 using Strings = std::vector<std::string>;
 using namespace std::string_literals;

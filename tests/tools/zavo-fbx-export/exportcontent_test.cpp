@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "fbxfile/fbxbinaryreader.h"
 #include "programrun.h"
-#include "tests/support/fbxbinaryreader.h"
 #include "tests/support/fbxcontentdigest.h"
 
 namespace {
@@ -34,11 +34,11 @@ std::vector<ContentCase> contentCases() {
 
 std::vector<std::string> contentLines(const std::string& path, bool binary, std::string& error) {
     if (!binary) {
-        const std::vector<uint8_t> bytes = fbxtest::ReadAllBytes(path);
+        const std::vector<uint8_t> bytes = fbxfile::ReadAllBytes(path);
         return fbxtest::AsciiContentLines(std::string(bytes.begin(), bytes.end()));
     }
-    fbxtest::File file;
-    if (!fbxtest::ReadBinaryFile(path, file, error)) return {};
+    fbxfile::File file;
+    if (!fbxfile::ReadBinaryFile(path, file, error)) return {};
     return fbxtest::BinaryContentLines(file);
 }
 
@@ -95,13 +95,13 @@ TEST(GoldenFiles, SmallTakeExportsByteForByte) {
         const std::string golden =
             std::string(ZAVO_GOLDEN_DATA_DIR) + "/small-take-" + format + ".fbx";
         const std::vector<uint8_t> bytes =
-            fbxtest::ReadAllBytes(folder.filePath("out.fbx").toStdString());
+            fbxfile::ReadAllBytes(folder.filePath("out.fbx").toStdString());
         if (update) {
             std::ofstream(golden, std::ios::binary)
                 .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
             continue;
         }
-        const std::vector<uint8_t> expected = fbxtest::ReadAllBytes(golden);
+        const std::vector<uint8_t> expected = fbxfile::ReadAllBytes(golden);
         ASSERT_FALSE(expected.empty()) << "no golden file " << golden;
         EXPECT_TRUE(bytes == expected) << "the export differs from " << golden;
     }

@@ -15,10 +15,10 @@
 #include "bvhframerate.h"
 #include "bvhtake.h"
 #include "demotake.h"
+#include "fbxfile/fbxbinaryreader.h"
 #include "programrun.h"
 #include "takemath.h"
 #include "tests/support/fbxassimpscene.h"
-#include "tests/support/fbxbinaryreader.h"
 
 namespace {
 
@@ -62,10 +62,10 @@ bool exportScene(const QTemporaryDir& folder, QStringList arguments, const Varia
     EXPECT_EQ(run.exitStatus, 0) << run.standardError.toStdString();
     // Every binary file must also pass the structural reader.
     const std::string path = folder.filePath("out.fbx").toStdString();
-    fbxtest::File file;
+    fbxfile::File file;
     std::string error;
     const bool loaded =
-        (std::string(variant.format) == "ascii" || fbxtest::ReadBinaryFile(path, file, error)) &&
+        (std::string(variant.format) == "ascii" || fbxfile::ReadBinaryFile(path, file, error)) &&
         scene.Load(path, error);
     EXPECT_TRUE(loaded) << error;
     return run.exitStatus == 0 && loaded;

@@ -9,32 +9,32 @@
 #include <cmath>
 #include <iostream>
 
+#include "fbxfile/fbxbinaryreader.h"
 #include "tests/support/fbxassimpscene.h"
-#include "tests/support/fbxbinaryreader.h"
 
 namespace {
 
-bool allFinite(const fbxtest::Record& record) {
-    for (const fbxtest::Value& value : record.values)
+bool allFinite(const fbxfile::Record& record) {
+    for (const fbxfile::Value& value : record.values)
         for (double real : value.reals)
             if (!std::isfinite(real)) return false;
-    for (const fbxtest::Record& child : record.children)
+    for (const fbxfile::Record& child : record.children)
         if (!allFinite(child)) return false;
     return true;
 }
 
 std::string binaryProblem(const QByteArray& bytes, int framesExported, const QString& warnings) {
-    fbxtest::File file;
+    fbxfile::File file;
     std::string error;
     const std::vector<uint8_t> data(bytes.begin(), bytes.end());
-    if (!fbxtest::ReadBinaryBytes(data, file, error, {.compressMinimumSize = std::nullopt}))
+    if (!fbxfile::ReadBinaryBytes(data, file, error, {.compressMinimumSize = std::nullopt}))
         return "the structural reader refuses the file: " + error;
     if (!allFinite(file.root)) return "the file holds a non-finite number";
-    const fbxtest::Record* objects = file.Find("Objects");
+    const fbxfile::Record* objects = file.Find("Objects");
     if (!objects || objects->Children("Model").empty()) return "the file holds no node";
     size_t keys = 0;
-    for (const fbxtest::Record* curve : objects->Children("AnimationCurve"))
-        if (const fbxtest::Record* times = curve->Child("KeyTime"))
+    for (const fbxfile::Record* curve : objects->Children("AnimationCurve"))
+        if (const fbxfile::Record* times = curve->Child("KeyTime"))
             keys = std::max(keys, times->values.at(0).ints.size());
     if (keys == 0) return "the file holds no key";
     if (framesExported > 0 && keys < static_cast<size_t>(framesExported) &&

@@ -1,4 +1,4 @@
-#include "tests/support/fbxbinaryreader.h"
+#include "fbxfile/fbxbinaryreader.h"
 
 #include <zlib.h>
 
@@ -10,7 +10,7 @@
 #include <iterator>
 #include <stdexcept>
 
-namespace fbxtest {
+namespace fbxfile {
 
 namespace {
 
@@ -32,7 +32,7 @@ T Load(const char* at) {
 }
 
 // Appends the little-endian elements of the value's type in `data`, widened.
-void Widen(Value& value, const std::string& data, size_t size) {
+void Widen(Value& value, std::string_view data, size_t size) {
     const char lower = static_cast<char>(std::tolower(value.type));
     for (const char* at = data.data(); at < data.data() + data.size(); at += size) {
         if (lower == 'f' || lower == 'd') {
@@ -49,8 +49,7 @@ void Widen(Value& value, const std::string& data, size_t size) {
 // Walks the file from the header to the magic; the first violation throws its description.
 class Parser {
 public:
-    Parser(std::string bytes, const ReadOptions& options)
-        : mBytes(std::move(bytes)), mOptions(options) {}
+    Parser(std::string_view bytes, const ReadOptions& options) : mBytes(bytes), mOptions(options) {}
 
     void Parse(File& file) {
         if (Bytes(23, "header") != std::string(kSignature, sizeof kSignature)) {
@@ -68,7 +67,7 @@ private:
         throw std::runtime_error(what + " (offset " + std::to_string(at) + ")");
     }
 
-    std::string Bytes(uint64_t size, const char* what, uint64_t limit = UINT64_MAX) {
+    std::string_view Bytes(uint64_t size, const char* what, uint64_t limit = UINT64_MAX) {
         limit = std::min<uint64_t>(limit, mBytes.size());
         if (mPos > limit || size > limit - mPos) Fail(mPos, std::string("truncated ") + what);
         mPos += size;
@@ -92,7 +91,7 @@ private:
             const uint64_t nameLength = Unsigned(1, limit, "record header");
             if (end == 0 && count == 0 && length == 0 && nameLength == 0) return;
             if (end <= record.offset || end > limit) Fail(record.offset, "end offset out of range");
-            record.name = Bytes(nameLength, "record name", end);
+            record.name = std::string(Bytes(nameLength, "record name", end));
             const uint64_t valuesStart = mPos;
             for (uint64_t i = 0; i < count; ++i) record.values.push_back(ReadValue(end));
             if (mPos - valuesStart != length) {
@@ -111,7 +110,7 @@ private:
         value.type = static_cast<char>(Unsigned(1, limit, "value type"));
         const size_t size = ElementSize(value.type);
         if (value.type == 'S' || value.type == 'R') {
-            value.bytes = Bytes(Unsigned(4, limit, "string length"), "string", limit);
+            value.bytes = std::string(Bytes(Unsigned(4, limit, "string length"), "string", limit));
         } else if (size == 0) {
             Fail(mPos - 1, std::string("unknown value type '") + value.type + "'");
         } else if (std::isupper(value.type)) {
@@ -128,14 +127,18 @@ private:
         const uint64_t count = Unsigned(4, limit, "array header");
         const uint64_t encoding = Unsigned(4, limit, "array header");
         const uint64_t stored = Unsigned(4, limit, "array header");
-        std::string data = Bytes(stored, "array data", limit);
+        const std::string_view storedBytes = Bytes(stored, "array data", limit);
         const uint64_t raw = count * size;
+        value.count = count;
         const bool compress = raw > 1023 && raw >= mOptions.compressMinimumSize.value_or(0);
         if (mOptions.compressMinimumSize && (encoding == 1) != compress) {
             Fail(at, "array of " + std::to_string(raw) + " bytes " +
                          (compress ? "not compressed" : "compressed"));
         }
         if (encoding > 1) Fail(at, "unknown array encoding");
+        if (encoding == 0 && stored != raw) Fail(at, "raw array length does not match its count");
+        if (!mOptions.arrayContents) return;
+        std::string data(storedBytes);
         if (encoding == 1) {
             std::string inflated(raw, '\0');
             uLongf inflatedSize = static_cast<uLongf>(raw);
@@ -147,19 +150,18 @@ private:
             }
             data = std::move(inflated);
         }
-        if (data.size() != raw) Fail(at, "raw array length does not match its count");
         Widen(value, data, size);
     }
 
     // Source-check block, 1 to 16 zero bytes up to a multiple of 16, a zero word, the
     // version, 120 zero bytes and the magic, which ends the file.
     void ReadFooter(File& file) {
-        file.footerCheck = Bytes(16, "footer check block");
+        file.footerCheck = std::string(Bytes(16, "footer check block"));
         std::string expected(16 - mPos % 16 + 144, '\0');
         std::memcpy(&expected[expected.size() - 140], &file.version, 4);
         std::memcpy(&expected[expected.size() - 16], kMagic, 16);
         const uint64_t start = mPos;
-        const std::string footer = Bytes(expected.size(), "footer");
+        const std::string_view footer = Bytes(expected.size(), "footer");
         const auto differs = std::mismatch(expected.begin(), expected.end(), footer.begin());
         if (differs.first != expected.end()) {
             Fail(start + static_cast<uint64_t>(differs.first - expected.begin()),
@@ -168,7 +170,7 @@ private:
         if (mPos != mBytes.size()) Fail(mPos, "bytes after the footer magic");
     }
 
-    const std::string mBytes;
+    const std::string_view mBytes;
     ReadOptions mOptions;
     uint64_t mSlot = 8;
     uint64_t mPos = 0;
@@ -220,12 +222,12 @@ std::vector<uint8_t> ReadAllBytes(const std::string& path) {
     return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), {});
 }
 
-bool ReadBinaryBytes(const std::vector<uint8_t>& bytes, File& file, std::string& error,
+bool ReadBinaryBytes(std::string_view bytes, File& file, std::string& error,
                      const ReadOptions& options) {
     file = File{};
     error.clear();
     try {
-        Parser(std::string(bytes.begin(), bytes.end()), options).Parse(file);
+        Parser(bytes, options).Parse(file);
         return true;
     } catch (const std::runtime_error& violation) {
         error = violation.what();
@@ -233,9 +235,16 @@ bool ReadBinaryBytes(const std::vector<uint8_t>& bytes, File& file, std::string&
     }
 }
 
+bool ReadBinaryBytes(const std::vector<uint8_t>& bytes, File& file, std::string& error,
+                     const ReadOptions& options) {
+    return ReadBinaryBytes(
+        std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()), file, error,
+        options);
+}
+
 bool ReadBinaryFile(const std::string& path, File& file, std::string& error,
                     const ReadOptions& options) {
     return ReadBinaryBytes(ReadAllBytes(path), file, error, options);
 }
 
-}  // namespace fbxtest
+}  // namespace fbxfile

@@ -3,12 +3,13 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
-// Structural reader of binary FBX 7 files for tests. It shares no code with the writer: it
-// walks a whole file, checks every structural rule a strict reader relies on, and returns
-// the record tree so that tests can look at values.
-namespace fbxtest {
+// Structural reader of binary FBX 7 files. It shares no code with the writer: it walks a whole
+// file, checks every structural rule a strict reader relies on, and returns the record tree so
+// that tests can look at values and the reference host can count what a file holds.
+namespace fbxfile {
 
 // One value of a record, scalar ('C', 'Y', 'I', 'L', 'F', 'D'), bytes ('S', 'R') or array
 // ('b', 'c', 'h', 'i', 'l', 'f', 'd', inflated). Numbers are widened to int64 or double.
@@ -17,6 +18,7 @@ struct Value {
     std::string bytes;
     std::vector<int64_t> ints;
     std::vector<double> reals;
+    uint64_t count = 0;  // elements of an array, read even when its contents are not
 
     int64_t Int() const { return ints.at(0); }
     const std::string& String() const { return bytes; }
@@ -45,6 +47,9 @@ struct ReadOptions {
     // Arrays of at least this many raw bytes (and at least 1024) must be compressed and all
     // smaller ones must not; nullopt skips the check.
     std::optional<uint32_t> compressMinimumSize = 1024;
+    // False: arrays keep their element count only, nothing is inflated; for a quick look at the
+    // structure of a large file.
+    bool arrayContents = true;
 };
 
 struct File {
@@ -59,9 +64,11 @@ struct File {
 // byte offset) in `error`.
 bool ReadBinaryFile(const std::string& path, File& file, std::string& error,
                     const ReadOptions& options = {});
+bool ReadBinaryBytes(std::string_view bytes, File& file, std::string& error,
+                     const ReadOptions& options = {});
 bool ReadBinaryBytes(const std::vector<uint8_t>& bytes, File& file, std::string& error,
                      const ReadOptions& options = {});
 
 std::vector<uint8_t> ReadAllBytes(const std::string& path);
 
-}  // namespace fbxtest
+}  // namespace fbxfile

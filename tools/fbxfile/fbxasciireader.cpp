@@ -1,10 +1,10 @@
-#include "tests/support/fbxasciireader.h"
+#include "fbxfile/fbxasciireader.h"
 
 #include <cctype>
 #include <cstdlib>
 #include <stdexcept>
 
-namespace fbxtest {
+namespace fbxfile {
 
 namespace {
 
@@ -169,6 +169,7 @@ private:
         if (static_cast<int64_t>(array.reals.size()) != count)
             Fail("array " + record.name + " announces " + std::to_string(count) +
                  " values, holds " + std::to_string(array.reals.size()));
+        array.count = array.reals.size();
         record.values = {array};
         record.children.clear();
         record.hasBlock = false;
@@ -195,4 +196,4 @@ bool ReadAsciiFile(const std::string& path, File& file, std::string& error) {
     return ReadAsciiText(std::string(bytes.begin(), bytes.end()), file, error);
 }
 
-}  // namespace fbxtest
+}  // namespace fbxfile
