@@ -150,6 +150,9 @@ public:
     void FieldWriteArrayF(size_t count, const ArraySource<float>& source);
     void FieldWriteArrayI(size_t count, const ArraySource<int32_t>& source);
     void FieldWriteArrayLL(size_t count, const ArraySource<int64_t>& source);
+    // Announces the float array a later FieldWriteArrayF writes, so that compressing it can
+    // start ahead on a worker thread; nothing for an array that is not compressed.
+    void PrepareArrayF(size_t count, const ArraySource<float>& source);
 
     // Array compression: zlib streams for arrays of at least the minimum size (and at least
     // 1024 bytes), at the given zlib level.
@@ -195,6 +198,7 @@ private:
     void WriteNamed(const char* name, const Write& write);
     using RawSource = std::function<void(void* out, size_t first, size_t count)>;
     void FieldWriteArray(const FbxIOArrayType& type, size_t count, const RawSource& source);
+    bool Compresses(uint64_t rawBytes) const;
     void BinaryArray(const FbxIOArrayType& type, size_t count, const RawSource& source);
     uint64_t BinaryArrayData(const FbxIOArrayType& type, size_t count, const RawSource& source,
                              bool compress);

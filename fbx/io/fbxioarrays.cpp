@@ -1,6 +1,7 @@
 // Array values of FbxIO: binary (raw or zlib-compressed) and ASCII.
 #include <cstring>
 #include <limits>
+#include <vector>
 
 #include "fbx/io/fbxio.h"
 #include "fbx/io/fbxnumbertext.h"
@@ -60,13 +61,28 @@ void FbxIO::FieldWriteArray(const FbxIOArrayType& type, size_t count, const RawS
     CheckStream();
 }
 
+bool FbxIO::Compresses(uint64_t rawBytes) const {
+    const uint64_t minimum =
+        static_cast<uint64_t>(mCompressMinimumSize > 0 ? mCompressMinimumSize : 0);
+    return mCompressArrays && rawBytes > 1023 && rawBytes >= minimum;
+}
+
+void FbxIO::PrepareArrayF(size_t count, const ArraySource<float>& source) {
+    const uint64_t bytes = uint64_t{count} * sizeof(float);
+    if (!mBinary || !source || bytes > kMaxArrayBytes || !Compresses(bytes)) return;
+    std::vector<uint8_t> raw(count * sizeof(float));
+    for (size_t first = 0; first < count; first += kChunkElements) {
+        source(reinterpret_cast<float*>(raw.data()) + first, first,
+               std::min(kChunkElements, count - first));
+    }
+    mArrayPacker.Prepare(std::move(raw), mCompressLevel);
+}
+
 // Type letter, then count, encoding and stored length, then the data. The stored length is
 // known only after compressing, so the header is patched then.
 void FbxIO::BinaryArray(const FbxIOArrayType& type, size_t count, const RawSource& source) {
     const uint64_t raw = count * type.size;
-    const uint64_t minimum =
-        static_cast<uint64_t>(mCompressMinimumSize > 0 ? mCompressMinimumSize : 0);
-    const bool compress = mCompressArrays && raw > 1023 && raw >= minimum;
+    const bool compress = Compresses(raw);
     mStream.WriteByte(static_cast<uint8_t>(type.code));
     const uint64_t headerAt = mStream.Tell();
     uint32_t header[3] = {static_cast<uint32_t>(count), compress ? 1u : 0u,

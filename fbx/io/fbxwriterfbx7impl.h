@@ -90,6 +90,7 @@ private:
     void WriteCurveBody(const FbxAnimCurve& curve);
     void WriteKeyAttributes(const FbxAnimCurve& curve);
     const std::vector<int64_t>& FileKeyTimes(const FbxAnimCurve& curve);
+    void PrepareCurvesAhead(size_t index);
     void WriteTakes();
 
     // fbxwriterfbx7connections.cpp
@@ -107,6 +108,7 @@ private:
     std::vector<const FbxObject*> mObjects;  // the records of "Objects", in order
     const FbxAnimCurve* mTimesOf = nullptr;  // the curve whose key times mFileTimes holds
     std::vector<int64_t> mFileTimes;
+    size_t mPreparedUpTo = 0;  // objects before it had their key values prepared
     std::unordered_set<const FbxObject*> mWritten;
     std::vector<TypeDefinition> mDefinitions;
     std::unordered_map<std::string, size_t> mDefinitionIndex;

@@ -55,12 +55,29 @@ void FbxWriterFbx7_Impl::WriteObjects() {
     WriteBanner(" Object properties");
     mIO->FieldWriteBegin("Objects");
     mIO->FieldWriteBlockBegin();
-    for (const FbxObject* object : mObjects) {
-        WriteObject(*object);
+    mPreparedUpTo = 0;
+    for (size_t i = 0; i < mObjects.size(); ++i) {
+        PrepareCurvesAhead(i);
+        WriteObject(*mObjects[i]);
         if (mIO->GetStatus().Error()) break;
     }
     mIO->FieldWriteBlockEnd();
     mIO->FieldWriteEnd();
+}
+
+// The key values of the next few curves start compressing while the objects before them are
+// written; the window bounds the arrays held in memory at once.
+void FbxWriterFbx7_Impl::PrepareCurvesAhead(size_t index) {
+    constexpr size_t kAhead = 4;
+    for (; mPreparedUpTo < mObjects.size() && mPreparedUpTo <= index + kAhead; ++mPreparedUpTo) {
+        const FbxAnimCurve* curve = FbxCast<FbxAnimCurve>(mObjects[mPreparedUpTo]);
+        if (!curve || curve->KeyGetCount() == 0) continue;
+        mIO->PrepareArrayF(static_cast<size_t>(curve->KeyGetCount()),
+                           [curve](float* out, size_t first, size_t n) {
+                               curve->KeyGetRange(static_cast<int>(first), static_cast<int>(n),
+                                                  nullptr, out, nullptr);
+                           });
+    }
 }
 
 // Id, "class::name" and sub-type, then a block, also when it stays empty: readers require
