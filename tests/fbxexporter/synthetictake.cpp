@@ -1,14 +1,13 @@
 #include "synthetictake.h"
 
+#include <zavo/bodymodel.h>
 #include <cmath>
 
 #include "math/quaternion.h"
 
 namespace {
 
-constexpr int kBody = 23;
-constexpr std::array<int, kBody> kBodyParent = {-1, 0,  1,  2, 3,  4,  5,  4, 7,  8,  9, 4,
-                                                11, 12, 13, 0, 15, 16, 17, 0, 19, 20, 21};
+constexpr int kBody = BodyModel::BodySegmentCount;
 constexpr std::array<int, 4> kPropHolder = {10, 14, 6, 0};
 // T-pose offset from the parent (the pelvis: its position), host axes X forward, Y left, Z up.
 const std::array<NuVector3, kBody> kBodyOffset = {{
@@ -45,7 +44,7 @@ FakePose makeFrame(const TakeShape& shape, double t, double amplitude) {
     body[0].position[0] += amplitude * std::sin(0.8 * t);
     body[0].position[1] += amplitude * 0.6 * t;
     for (int i = 1; i < kBody; ++i)
-        body[i] = place(body[kBodyParent[i]], kBodyOffset[i], i, t, amplitude);
+        body[i] = place(body[BodyModel::Segments[i].parent], kBodyOffset[i], i, t, amplitude);
     for (int j = 0; j < shape.props; ++j) {
         body[kBody + j] = place(body[kPropHolder[j]], NuVector3(0.05, j % 2 ? 0.1 : -0.1, 0.02),
                                 30 + j, t, amplitude);
@@ -57,16 +56,16 @@ FakePose makeFrame(const TakeShape& shape, double t, double amplitude) {
     }
     if (!shape.fingers) return pose;
     pose.fingers.emplace();
-    // Five fingers of four joints per hand; the first two of a finger hang from the hand.
-    for (int hand = 0; hand < 2; ++hand) {
+    // Five fingers of four joints per hand.
+    for (const NuHandId hand : {NuHand_Left, NuHand_Right}) {
         auto& fingers = (*pose.fingers)[hand];
-        const double side = hand == 0 ? 1 : -1;
-        for (int k = 0; k < 20; ++k) {
-            const bool base = k % 4 < 2;
-            const NuVector3 offset(base ? 0.02 * (k / 4 - 2) : 0, side * (k % 4 == 1 ? 0.08 : 0.03),
-                                   0);
-            fingers[k] = place(base ? body[hand == 0 ? 14 : 10] : fingers[k - 1], offset,
-                               40 + k + 20 * hand, t, amplitude);
+        const double side = hand == NuHand_Left ? 1 : -1;
+        for (int k = 0; k < BodyModel::FingerJointCount; ++k) {
+            const int parent = BodyModel::FingerJoints[k].parent;
+            const NuVector3 offset(parent < 0 ? 0.02 * (k / 4 - 2) : 0,
+                                   side * (k % 4 == 1 ? 0.08 : 0.03), 0);
+            fingers[k] = place(parent < 0 ? body[BodyModel::handSegment(hand)] : fingers[parent],
+                               offset, 40 + k + 20 * hand, t, amplitude);
         }
     }
     return pose;
@@ -80,7 +79,7 @@ void loadRigidTake(FakeHost& host, const TakeShape& shape) {
     host.joints.clear();
     for (int i = 0; i < kBody; ++i) {
         host.names.append(QStringLiteral("Seg%1").arg(i));
-        if (i > 0) host.joints.push_back({kBodyParent[i], i});
+        if (i > 0) host.joints.push_back({BodyModel::Segments[i].parent, i});
     }
     for (int j = 0; j < shape.props; ++j) {
         host.names.append(QStringLiteral("Object%1").arg(j + 1));
@@ -88,7 +87,7 @@ void loadRigidTake(FakeHost& host, const TakeShape& shape) {
     }
     for (int hand = 0; hand < 2; ++hand) {
         host.fingerNames[hand].clear();
-        for (int k = 0; shape.fingers && k < 20; ++k)
+        for (int k = 0; shape.fingers && k < BodyModel::FingerJointCount; ++k)
             host.fingerNames[hand].append(
                 QStringLiteral("%1Finger%2").arg(hand ? "R" : "L").arg(k));
     }
