@@ -58,8 +58,8 @@ TEST(FbxIOBinary, ScalarsStringsAndArraysOfEveryType) {
         io.FieldWriteArrayBytes(1, std::array<unsigned char, 1>{250}.data());
         io.FieldWriteArrayShort(1, std::array<short, 1>{-300}.data());
         io.FieldWriteArrayD(0, static_cast<const double*>(nullptr));
-        io.FieldWriteArrayLL(3, [](int64_t* out, size_t first, size_t n) {
-            for (size_t i = 0; i < n; ++i) out[i] = static_cast<int64_t>(first + i) * 10;
+        io.FieldWriteArrayLL(3, [](int64_t* values, size_t first, size_t n) {
+            for (size_t i = 0; i < n; ++i) values[i] = static_cast<int64_t>(first + i) * 10;
         });
         io.FieldWriteEnd();
         io.FieldWriteBegin("Empty");

@@ -14,8 +14,10 @@
 // write in order.
 class FakeSettings : public AbstractSettingsSynchronizer {
 public:
-    FakeSettings(QMap<QString, QVariant> defaults, QMap<QString, QString> descriptions)
-        : defaults(std::move(defaults)), descriptions(std::move(descriptions)) {}
+    FakeSettings(QMap<QString, QVariant> registeredDefaults,
+                 QMap<QString, QString> registeredDescriptions)
+        : defaults(std::move(registeredDefaults)),
+          descriptions(std::move(registeredDescriptions)) {}
     QVariant value(const QString& key) const override { return stored.value(key, defaults[key]); }
     QString description(const QString& key) const override { return descriptions[key]; }
     void setValue(const QString& key, const QVariant& value) override {
