@@ -53,9 +53,21 @@ Matrix EulerMatrix(const FbxVector4& angles, FbxEuler::EOrder order) {
                     Multiply(AxisRotation(b, angles[b]), AxisRotation(a, angles[a])));
 }
 
+// std::round (halves away from zero, a zero keeps the sign of x) without the library call,
+// which the unroll makes six times a key: below 2^52 the truncation is exact and so is the
+// fraction left. The sign matters: files keep -0.
+double RoundHalfAway(double x) {
+    if (!(std::abs(x) < 4.5e15)) {
+        return std::round(x);
+    }
+    const auto whole = static_cast<double>(static_cast<long long>(x));
+    const double fraction = x - whole;
+    return std::copysign(fraction >= 0.5 ? whole + 1.0 : fraction <= -0.5 ? whole - 1.0 : whole, x);
+}
+
 // value moved by whole turns to lie nearest reference.
 double NearestTurn(double value, double reference) {
-    return value + 360.0 * std::round((reference - value) / 360.0);
+    return value + 360.0 * RoundHalfAway((reference - value) / 360.0);
 }
 
 double SquaredDistance(const FbxDouble3& a, const FbxDouble3& b) {
@@ -70,6 +82,11 @@ double SquaredDistance(const FbxDouble3& a, const FbxDouble3& b) {
 // the outer angles matters; both move together toward the reference.
 void ResolveGimbalLock(FbxDouble3& out, const FbxDouble3& ref, int a, int b, int c,
                        bool evenOrder) {
+    // Most middle angles are nowhere near a quarter turn; those skip the exact test.
+    const double quarters = out[b] / 90.0;
+    if (std::abs(out[b]) < 1e9 && std::abs(quarters - RoundHalfAway(quarters)) > 1e-3) {
+        return;
+    }
     double middle = std::fmod(out[b], 360.0);
     if (middle < 0.0) {
         middle += 360.0;

@@ -126,6 +126,20 @@ TEST(FbxUnrollV2VRefTest, GimbalLockInEveryOrder) {
     }
 }
 
+// Whole turns of zero keep the angle's sign bit: files store -0 as it was keyed.
+TEST(FbxUnrollV2VRefTest, NegativeZeroStaysNegative) {
+    FbxDouble3 out;
+    FbxAnimCurveFilterUnroll::V2VRef(out, FbxDouble3(-0.0, 0.0, -0.0), FbxDouble3(-1, 0, -1),
+                                     FbxEuler::eOrderXYZ);
+    EXPECT_TRUE(std::signbit(out[0]));
+    EXPECT_TRUE(std::signbit(out[2]));
+    EXPECT_FALSE(std::signbit(out[1]));
+    // Halves round away from zero: 180 degrees from the reference goes up a turn.
+    FbxAnimCurveFilterUnroll::V2VRef(out, FbxDouble3(-90, 0, 0), FbxDouble3(90, 0, 0),
+                                     FbxEuler::eOrderXYZ);
+    EXPECT_EQ(out, FbxDouble3(270, 0, 0));
+}
+
 TEST(FbxUnrollQualityTest, RatioOfRotationToAngleDistance) {
     using F = FbxAnimCurveFilterUnroll;
     EXPECT_DOUBLE_EQ(F::InterpolationQualityFactor(FbxVector4(1, 2, 3, 1), FbxVector4(1, 2, 3, 1)),
