@@ -140,7 +140,7 @@ TEST(FbxTimeTest, ModeNamesRatesAndFractionalFrames) {
         {FbxTime::eFrames1000, "1000 fps", 1000.0, 11},
         {FbxTime::eCustom, "Custom", 0.0, 0},
         {FbxTime::eFrames30Drop, "", 0.0, 0},
-        {static_cast<FbxTime::EMode>(-3), "", 0.0, 0},
+        {static_cast<FbxTime::EMode>(25), "", 0.0, 0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
