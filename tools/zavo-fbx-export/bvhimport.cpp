@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <utility>
 
 #include "bvhfolding.h"
 #include "bvhframerate.h"
@@ -54,7 +55,7 @@ std::string foldingNote(const std::string& file, const BvhClip& clip, const BvhB
 
 Take importBvhTake(const std::string& path, const BvhImportOptions& options,
                    std::vector<std::string>& notes) {
-    const BvhClip clip = readBvhFile(path);
+    BvhClip clip = readBvhFile(path);
     const std::string file = std::filesystem::path(path).filename().string();
     double rate = options.frameRate;
     if (rate <= 0.0) {
@@ -69,5 +70,5 @@ Take importBvhTake(const std::string& path, const BvhImportOptions& options,
     }
     if (options.verbose)
         notes.push_back(foldingNote(file, clip, mapBvhJoints(clip), options.metresPerUnit));
-    return takeFromBvh(clip, options.metresPerUnit, rate);
+    return takeFromBvh(std::move(clip), options.metresPerUnit, rate);
 }

@@ -1,5 +1,7 @@
 #include "bvhtake.h"
 
+#include <memory>
+
 #include "bvhnaming.h"
 
 namespace {
@@ -77,17 +79,20 @@ BvhBodyMap mapBvhJoints(const BvhClip& clip) {
     return map;
 }
 
-Take takeFromBvh(const BvhClip& clip, double metresPerUnit, double frameRate) {
+Take takeFromBvh(BvhClip clip, double metresPerUnit, double frameRate) {
     const BvhBodyMap map = mapBvhJoints(clip);
     Take take;
     take.frameRate = frameRate;
     addDefaultBody(take, map.hasFingers);
     take.nullPose = hostPose(clip, map, -1, metresPerUnit);
-    take.frames.reserve(static_cast<size_t>(clip.frameCount));
-    for (int f = 0; f < clip.frameCount; ++f) {
-        TakePose& pose = take.frames.emplace_back(hostPose(clip, map, f, metresPerUnit)).value();
-        pose.frameTime = defaultFrameTime(f, take.frameRate);
-        pose.absoluteTime = take.recordStartTime + pose.frameTime;
-    }
+    // Every frame's pose held at once would take several times the memory of the clip itself.
+    take.computedFrames = clip.frameCount;
+    take.computePose = [clip = std::make_shared<const BvhClip>(std::move(clip)), map, metresPerUnit,
+                        frameRate, start = take.recordStartTime](int f) {
+        TakePose pose = hostPose(*clip, map, f, metresPerUnit);
+        pose.frameTime = defaultFrameTime(f, frameRate);
+        pose.absoluteTime = start + pose.frameTime;
+        return pose;
+    };
     return take;
 }

@@ -28,8 +28,9 @@ BvhBodyMap mapBvhJoints(const BvhClip& clip);
 
 // Turns a BVH clip into a take: poses from the clip's own forward kinematics, turned from the
 // file's Y-up axes into the host's Z-up axes and from file units into metres (`metresPerUnit`);
-// the rest pose is the null pose; the frames follow each other at `frameRate`.
-Take takeFromBvh(const BvhClip& clip, double metresPerUnit, double frameRate);
+// the rest pose is the null pose; the frames follow each other at `frameRate`. The take keeps
+// the clip and computes a frame's pose when asked for it.
+Take takeFromBvh(BvhClip clip, double metresPerUnit, double frameRate);
 
 // A BVH position in the host's axes and in metres.
 takemath::Vec3 hostPositionFromBvh(takemath::Vec3 position, double metresPerUnit);

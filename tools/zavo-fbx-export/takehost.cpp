@@ -4,10 +4,13 @@
 
 #include "takeposeview.h"
 
-TakeHost::TakeHost(const Take& take, std::shared_ptr<SettingsStore> store)
+TakeHost::TakeHost(const Take& take, std::shared_ptr<SettingsStore> store, int lookAhead)
     : m_take(take),
       m_store(std::move(store)),
       m_userComment(QString::fromStdString(take.userComment)) {
+    if (take.computePose)
+        m_computed =
+            std::make_unique<PoseLookAhead>(take.computePose, take.computedFrames, lookAhead);
     for (const std::string& name : take.segmentNames)
         m_segmentNames << QString::fromStdString(name);
 }
@@ -27,11 +30,7 @@ void TakeHost::log(QObject*, int severity, const QString& text, int code, NuTime
 ZavoPoseObject TakeHost::pose(int frame) const {
     if (m_take.computePose) {
         if (frame < 0 || frame >= m_take.computedFrames) return ZavoPoseObject();
-        if (frame != m_computedFrame) {
-            m_computedPose = std::make_shared<const TakePose>(m_take.computePose(frame));
-            m_computedFrame = frame;
-        }
-        return makePoseObject(m_take, m_computedPose);
+        return makePoseObject(m_take, m_computed->pose(frame));
     }
     if (frame < 0 || frame >= static_cast<int>(m_take.frames.size())) return ZavoPoseObject();
     const std::optional<TakePose>& pose = m_take.frames[static_cast<size_t>(frame)];

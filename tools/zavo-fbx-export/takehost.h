@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "poselookahead.h"
 #include "settingsstore.h"
 #include "take.h"
 
@@ -19,7 +20,9 @@ struct HostLogEntry {
 // the take, settings from the settings store, log messages kept for the program to report.
 class TakeHost : public AbstractZavoStudioPluginInterface {
 public:
-    TakeHost(const Take& take, std::shared_ptr<SettingsStore> store);
+    // A computed take's poses are worked out `lookAhead` frames ahead on a second thread.
+    TakeHost(const Take& take, std::shared_ptr<SettingsStore> store,
+             int lookAhead = PoseLookAhead::defaultDepth());
 
     AbstractSettingsSynchronizer* registerSettings(const QMap<QString, QVariant>& defaults,
                                                    const QMap<QString, QString>& descriptions,
@@ -48,9 +51,7 @@ public:
 
 private:
     const Take& m_take;
-    // The last computed pose: the exporter asks for one frame several times in a row.
-    mutable int m_computedFrame = -1;
-    mutable std::shared_ptr<const TakePose> m_computedPose;
+    std::unique_ptr<PoseLookAhead> m_computed;  // a computed take's poses
     std::shared_ptr<SettingsStore> m_store;
     QString m_userComment;
     QStringList m_segmentNames;
