@@ -1,7 +1,6 @@
 #include "fbxexporterglobal.h"
 
 #include "axisconvention.h"
-#include "channelkeying.h"
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxnull.h"
 #include "fbx/scene/fbxscene.h"
@@ -91,8 +90,6 @@ bool FbxExporterGlobal::exportFrame(int frame) {
     const int hostSegments = pose.segmentStateCount();
     nuvia::Vector3 euler;
     for (int i = 0; i < segmentCount(); ++i) {
-        AnimatedSegment* segment = animatedSegment(i);
-        if (!segment) continue;
         const SegmentState s =
             i < hostSegments ? hostSegment(pose, i) : fingerJoint(pose, i - hostSegments);
         // Walking on the spot keeps every segment's horizontal position relative to the pelvis
@@ -102,9 +99,9 @@ bool FbxExporterGlobal::exportFrame(int frame) {
             p[0] -= pelvis[0];
             p[2] -= pelvis[2];
         }
-        keyTranslation(*segment, keyed->time, p);
+        keyTranslation(i, keyed->time, p);
         toFbxAxes(s.orientation).toEuler(euler);
-        keyRotation(*segment, keyed->time, euler);
+        keyRotation(i, keyed->time, euler);
     }
     return true;
 }

@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "axisconvention.h"
-#include "channelkeying.h"
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxscene.h"
 #include "fbx/scene/fbxskeleton.h"
@@ -95,8 +94,6 @@ bool FbxExporterLocal::exportFrame(int frame) {
     nuvia::Vector3 t, r;
     for (int i = 0; i < count; ++i) {
         m_poseTransform->getSegmentPose(i, t, r);
-        AnimatedSegment* segment = animatedSegment(i);
-        if (!segment) continue;
         // Only the pelvis moves; every other joint keeps its offset from its parent. Walking on
         // the spot keeps the pelvis's horizontal position at its own: zero, formed as a
         // difference so that a position that is not a number stays visible.
@@ -105,9 +102,9 @@ bool FbxExporterLocal::exportFrame(int frame) {
                 t[0] = pelvis[0] - pelvis[0];
                 t[2] = pelvis[2] - pelvis[2];
             }
-            keyTranslation(*segment, keyed->time, t);
+            keyTranslation(i, keyed->time, t);
         }
-        keyRotation(*segment, keyed->time, r);
+        keyRotation(i, keyed->time, r);
     }
     return true;
 }

@@ -79,6 +79,8 @@ KeyTime NuFbxExporter::setKeyTime(int frame) {
 }
 
 std::optional<NuFbxExporter::KeyedFrame> NuFbxExporter::prepareFrame(int frame) {
+    // Once keys went missing, later frames cannot make the file whole.
+    if (m_keying) m_keying->rethrowFailure();
     const KeyTime key = setKeyTime(frame);
     if (!key.time) {
         m_counts.unusable();

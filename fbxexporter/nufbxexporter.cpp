@@ -3,6 +3,8 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QMessageLogger>
+#include <system_error>
+#include <thread>
 
 #include "fbx/scene/fbxnode.h"
 #include "fbxglue.h"
@@ -31,8 +33,15 @@ NuFbxExporter::NuFbxExporter(AbstractZavoStudioPluginInterface& host,
                              AbstractSettingsSynchronizer* settings)
     : m_host(host), m_settingsStore(settings) {}
 
-// The scene releases a manager that no finalize() released.
-NuFbxExporter::~NuFbxExporter() = default;
+// The scene releases a manager that no finalize() released, once nothing keys into it.
+NuFbxExporter::~NuFbxExporter() {
+    m_keying.reset();
+}
+
+const ExportScene& NuFbxExporter::sceneUnderWay() const {
+    if (m_keying) m_keying->waitUntilKeyed();
+    return m_scene;
+}
 
 QString NuFbxExporter::lastError() const {
     return m_lastError;
@@ -44,6 +53,7 @@ void NuFbxExporter::loadSettings() {
 }
 
 bool NuFbxExporter::initialize(const QString& fileName) {
+    stopKeying(true);
     m_host.logUsageEvent(QStringLiteral("FileExportedFBX"));
     loadSettings();
     if (fileName.isEmpty()) {
@@ -67,11 +77,44 @@ bool NuFbxExporter::initialize(const QString& fileName) {
     m_exportedFrameCount =
         static_cast<int32_t>(m_host.frameCount() / (int64_t{m_settings.frameSkip} + 1));
     m_counts = FrameCounts();
+    startKeying();
     m_running = true;
     return true;
 }
 
+void NuFbxExporter::startKeying() {
+    if (!m_keyingThreadWanted || std::thread::hardware_concurrency() < 2) return;
+    try {
+        m_keying = std::make_unique<KeyingThread>(
+            [this](std::span<const ChannelKey> keys) { keyIntoScene(keys); });
+    } catch (const std::system_error&) {
+        // Without a thread to spare the host's thread keys, as on a single processor.
+        m_keying.reset();
+    }
+}
+
+std::exception_ptr NuFbxExporter::stopKeying(bool cancelled) {
+    const std::unique_ptr<KeyingThread> keying = std::move(m_keying);
+    if (!keying) return nullptr;
+    if (cancelled) {
+        keying->cancel();
+        return nullptr;
+    }
+    try {
+        keying->finish();
+    } catch (...) {
+        return std::current_exception();
+    }
+    return nullptr;
+}
+
 bool NuFbxExporter::finalize(bool cancelled) {
+    if (const std::exception_ptr failure = stopKeying(cancelled)) {
+        // Frames the host saw accepted lack keys: no file rather than one without them.
+        m_scene.close(false);
+        m_running = false;
+        std::rethrow_exception(failure);
+    }
     // initialize() may have stopped before the scene existed.
     const bool save = !cancelled && m_scene.isOpen();
     bool saved = false;
@@ -110,16 +153,40 @@ ZavoPoseObject NuFbxExporter::framePose(int frame) const {
     return m_host.pose(frame);
 }
 
-void NuFbxExporter::keyTranslation(AnimatedSegment& segment, FbxTime time,
-                                   const nuvia::Vector3& translation) {
+void NuFbxExporter::keyTranslation(int segment, FbxTime time, const nuvia::Vector3& translation) {
     const double scale = m_settings.outputScale;
-    segment.translation.key(segment.node->LclTranslation, m_scene.layer(), time,
-                            translation[0] * scale, translation[1] * scale, translation[2] * scale,
-                            m_exportedFrameCount);
+    addKey({segment,
+            ChannelKey::Translation,
+            time,
+            {static_cast<float>(translation[0] * scale), static_cast<float>(translation[1] * scale),
+             static_cast<float>(translation[2] * scale)}});
 }
 
-void NuFbxExporter::keyRotation(AnimatedSegment& segment, FbxTime time,
-                                const nuvia::Vector3& euler) {
-    segment.rotation.key(segment.node->LclRotation, m_scene.layer(), time, euler[0], euler[1],
-                         euler[2], m_exportedFrameCount);
+void NuFbxExporter::keyRotation(int segment, FbxTime time, const nuvia::Vector3& euler) {
+    addKey({segment,
+            ChannelKey::Rotation,
+            time,
+            {static_cast<float>(euler[0]), static_cast<float>(euler[1]),
+             static_cast<float>(euler[2])}});
+}
+
+void NuFbxExporter::addKey(const ChannelKey& key) {
+    if (m_keying) {
+        m_keying->add(key);
+    } else {
+        keyIntoScene(std::span(&key, 1));
+    }
+}
+
+void NuFbxExporter::keyIntoScene(std::span<const ChannelKey> keys) {
+    for (const ChannelKey& key : keys) {
+        AnimatedSegment* segment = m_scene.animatedSegment(key.segment);
+        if (!segment) continue;
+        const bool rotation = key.channel == ChannelKey::Rotation;
+        ChannelCurves& curves = rotation ? segment->rotation : segment->translation;
+        FbxProperty& property =
+            rotation ? segment->node->LclRotation : segment->node->LclTranslation;
+        curves.key(property, m_scene.layer(), key.time, key.values[0], key.values[1], key.values[2],
+                   m_exportedFrameCount);
+    }
 }

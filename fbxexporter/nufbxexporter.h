@@ -4,7 +4,9 @@
 #include <QString>
 #include <QStringList>
 #include <cstdint>
+#include <memory>
 #include <optional>
+#include <span>
 
 #include <zavo/abstractexporter.h>
 #include <zavo/abstractsettingssynchronizer.h>
@@ -14,12 +16,15 @@
 #include "exportsettings.h"
 #include "fbx/scene/fbxtime.h"
 #include "framecounts.h"
+#include "keyingthread.h"
 #include "keytiming.h"
 #include "math/vector.h"
 
 // One export run of a take into an FBX file. The host calls initialize(), exportFrame() for
 // every frame in order, then finalize() exactly once (also after a failed initialize), all on
 // its own thread. The run owns the FBX manager, and with it every FBX object, until finalize.
+// Where the machine has a second processor thread, the keys go into the scene on a thread of
+// the run's own while the host's thread reads the next frames; the file is the same.
 //
 // Subclasses supply the scene's content: initScene() builds the nodes once, exportFrame() keys
 // them. They select and time frames with useThisFrame() and prepareFrame().
@@ -47,8 +52,13 @@ public:
     void setAnimationStartTime(FbxTime time) { m_animationStart = time; }
     void setAnimationStopTime(FbxTime time) { m_animationStop = time; }
 
-    // The FBX objects of the run under way, from initialize() until finalize() releases them.
-    const ExportScene& sceneUnderWay() const { return m_scene; }
+    // The FBX objects of the run under way, from initialize() until finalize() releases them,
+    // with every key of the frames exported so far.
+    const ExportScene& sceneUnderWay() const;
+
+    // Whether later runs key on a thread of their own (the default on a machine with more
+    // than one processor thread); off, the host's thread makes every key itself.
+    void setKeyingThread(bool use) { m_keyingThreadWanted = use; }
 
 protected:
     // An exported frame ready to key: its key time and the pose to key.
@@ -82,12 +92,11 @@ protected:
     // Replaces the names of the animated nodes, in keying order.
     void setSegmentNames(const QStringList& names) { m_scene.setSegmentNames(names); }
     int segmentCount() const { return m_scene.segmentCount(); }
-    // The node and curves of animated segment `index`; null when no node has its name.
-    AnimatedSegment* animatedSegment(int index) { return m_scene.animatedSegment(index); }
-    // Keys a segment's translation, given in the host's units, at the output scale.
-    void keyTranslation(AnimatedSegment& segment, FbxTime time, const nuvia::Vector3& translation);
-    // Keys a segment's rotation, XYZ Euler angles in degrees.
-    void keyRotation(AnimatedSegment& segment, FbxTime time, const nuvia::Vector3& euler);
+    // Keys animated segment `segment`'s translation, given in the host's units, at the output
+    // scale. A segment whose name no node has gets no key.
+    void keyTranslation(int segment, FbxTime time, const nuvia::Vector3& translation);
+    // Keys animated segment `segment`'s rotation, XYZ Euler angles in degrees.
+    void keyRotation(int segment, FbxTime time, const nuvia::Vector3& euler);
 
     // Scene and frame export of a take without a body: one flat node per tracked object, with
     // null attributes or markers.
@@ -102,6 +111,14 @@ private:
     ZavoPoseObject framePose(int frame) const;
     // Why finalize would write a file without a node or without a key; empty when it would not.
     QString nothingToExport() const;
+    // Starts the keying thread where one is wanted and the machine has a second processor.
+    void startKeying();
+    // Ends the keying thread: a cancelled run drops the keys not made yet, others make them
+    // all. What made the keying fail, or null.
+    std::exception_ptr stopKeying(bool cancelled);
+    void addKey(const ChannelKey& key);
+    // Puts keys into the scene, on whichever thread keys.
+    void keyIntoScene(std::span<const ChannelKey> keys);
 
     AbstractZavoStudioPluginInterface& m_host;
     AbstractSettingsSynchronizer* m_settingsStore;
@@ -115,4 +132,7 @@ private:
     int32_t m_exportedFrameCount = 0;  // room each new curve reserves
     FbxTime m_animationStart;
     FbxTime m_animationStop;
+    bool m_keyingThreadWanted = true;
+    // Ended before the scene it keys into goes.
+    std::unique_ptr<KeyingThread> m_keying;
 };

@@ -2,7 +2,6 @@
 #include <numbers>
 
 #include "axisconvention.h"
-#include "channelkeying.h"
 #include "fbx/scene/fbxmarker.h"
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxnull.h"
@@ -55,15 +54,13 @@ bool NuFbxExporter::exportObjectFrame(int frame) {
     nuvia::Quaternion r;
     nuvia::Vector3 euler;
     for (int i = 0; i < segmentCount(); ++i) {
-        AnimatedSegment* segment = animatedSegment(i);
-        if (!segment) continue;
         // An empty pose places every object at the origin with a zero orientation.
         const NuVector position = keyed->pose.pos_g(i);
         const nuvia::Vector3 p = position.size() == 0 ? nuvia::Vector3() : firstThree(position);
-        keyTranslation(*segment, keyed->time, toFbxAxes(p));
+        keyTranslation(i, keyed->time, toFbxAxes(p));
         r.setQuatMulQuat(objectTurn(), keyed->pose.q_gb(i, PoseBase_Global));
         toFbxAxes(r).toEuler(euler);
-        keyRotation(*segment, keyed->time, euler);
+        keyRotation(i, keyed->time, euler);
     }
     return true;
 }
