@@ -1,6 +1,11 @@
 #include "exportscene.h"
 
+#include <algorithm>
+#include <array>
+#include <thread>
+
 #include "fbx/io/fbxiosettings.h"
+#include "fbx/scene/fbxanimcurve.h"
 #include "fbx/scene/fbxanimcurvefilterunroll.h"
 #include "fbx/scene/fbxanimlayer.h"
 #include "fbx/scene/fbxanimstack.h"
@@ -10,6 +15,7 @@
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxscene.h"
 #include "fbxglue.h"
+#include "parallelfor.h"
 #include "zavoversion.h"
 
 namespace {
@@ -83,21 +89,50 @@ bool ExportScene::save(const QString& fileName, const QString& format, const Fbx
     return saved;
 }
 
+namespace {
+
+using RotationCurves = std::array<FbxAnimCurve*, 3>;
+
+void unroll(RotationCurves curves) {
+    FbxAnimCurveFilterUnroll filter;
+    filter.SetTestForPath(false);
+    filter.SetQualityTolerance(UnrollQualityTolerance);
+    filter.Apply(curves.data(), 3);
+}
+
+// Whether unrolling changes the curves where they are, with no scratch copies, which would be
+// objects of the scene: so it goes where the three curves are keyed at the same times, as
+// every frame keys them.
+bool unrollsInPlace(const RotationCurves& curves) {
+    return curves[0] && curves[1] && curves[2] && curves[0]->KeyTimesEqual(*curves[1]) &&
+           curves[0]->KeyTimesEqual(*curves[2]);
+}
+
+}  // namespace
+
 void ExportScene::unrollRotations() {
     // Euler keys taken frame by frame jump by whole turns or flip; readers interpolating them
     // would spin the long way round between keys.
-    FbxAnimCurveFilterUnroll filter;
+    std::vector<FbxNode*> nodes;
     for (const FbxString& name : m_nodeNames) {
-        filter.Reset();
-        filter.SetTestForPath(false);
-        filter.SetQualityTolerance(UnrollQualityTolerance);
-        FbxNode* node = m_scene->FindNodeByName(name);
-        if (!node) continue;
-        FbxAnimCurve* curves[3] = {node->LclRotation.GetCurve(m_layer, "Lcl Rotation", "X", false),
-                                   node->LclRotation.GetCurve(m_layer, "Lcl Rotation", "Y", false),
-                                   node->LclRotation.GetCurve(m_layer, "Lcl Rotation", "Z", false)};
-        filter.Apply(curves, 3);
+        if (FbxNode* node = m_scene->FindNodeByName(name)) nodes.push_back(node);
     }
+    // Nodes found twice (segments sharing a name) are unrolled as often, in order, here, and so
+    // are curves that need copies; every other node's curves on any thread, one at a time each.
+    std::vector<RotationCurves> inPlace;
+    for (FbxNode* node : nodes) {
+        const RotationCurves curves = {
+            node->LclRotation.GetCurve(m_layer, "Lcl Rotation", "X", false),
+            node->LclRotation.GetCurve(m_layer, "Lcl Rotation", "Y", false),
+            node->LclRotation.GetCurve(m_layer, "Lcl Rotation", "Z", false)};
+        if (std::count(nodes.begin(), nodes.end(), node) == 1 && unrollsInPlace(curves)) {
+            inPlace.push_back(curves);
+        } else {
+            unroll(curves);
+        }
+    }
+    parallelFor(inPlace.size(), std::thread::hardware_concurrency(),
+                [&inPlace](size_t i) { unroll(inPlace[i]); });
 }
 
 void ExportScene::close(bool saved) {
