@@ -13,9 +13,10 @@ namespace {
 constexpr size_t kEntries = 4;
 // Larger arrays are compressed each time rather than held twice in memory.
 constexpr size_t kLargestRemembered = 64u << 20;
-// Prepared arrays waiting or under way per worker: enough to keep the workers busy while
-// the writer goes on, few enough to bound the memory they hold.
-constexpr size_t kPreparedPerWorker = 3;
+// Prepared arrays waiting or under way per compressing thread (the workers and the writer's):
+// enough to keep them all busy while the writer goes on, few enough to bound the memory
+// they hold.
+constexpr size_t kPreparedPerThread = 3;
 
 // zlib's levels, where -1 asks for the default (6), on the compressor's scale.
 int CompressorLevel(int zlibLevel) {
@@ -65,42 +66,53 @@ int FbxArrayPacker::DefaultWorkers() {
     return std::clamp(threads - 1, 0, 3);
 }
 
-void FbxArrayPacker::Prepare(std::vector<uint8_t> raw, int level) {
-    if (mWorkerCount == 0 || raw.size() > kLargestRemembered) return;
+uint64_t FbxArrayPacker::Prepare(std::vector<uint8_t> raw, int level) {
+    if (mWorkerCount == 0 || raw.size() > kLargestRemembered) return 0;
     auto job = std::make_shared<Job>();
-    job->entry.checksum = libdeflate_adler32(1, raw.data(), raw.size());
     job->entry.level = level;
     job->entry.raw = std::move(raw);
     {
         const std::lock_guard lock(mMutex);
-        if (mJobs.size() >= kPreparedPerWorker * static_cast<size_t>(mWorkerCount)) return;
-        mJobs.push_back(std::move(job));
+        if (mJobs.size() >= kPreparedPerThread * static_cast<size_t>(mWorkerCount + 1)) return 0;
+        job->ticket = ++mLastTicket;
+        mJobs.push_back(job);
     }
     while (mWorkers.size() < static_cast<size_t>(mWorkerCount)) {
         mWorkers.emplace_back([this] { Work(); });
     }
     mChanged.notify_one();
+    return job->ticket;
 }
 
+// The checksum is taken here, off the writer's thread: it lets a later Pack of the same bytes
+// find the array among the remembered ones.
 void FbxArrayPacker::Run(Job& job, Compressor& compressor) {
-    const Entry& entry = job.entry;
+    Entry& entry = job.entry;
+    entry.checksum = libdeflate_adler32(1, entry.raw.data(), entry.raw.size());
     job.failed = !compressor.Prepare(entry.level) ||
-                 !compressor.Compress(entry.raw.data(), entry.raw.size(), job.entry.packed);
+                 !compressor.Compress(entry.raw.data(), entry.raw.size(), entry.packed);
+}
+
+// The oldest prepared array no thread has started, marked as taken; null when there is none.
+// Called locked.
+std::shared_ptr<FbxArrayPacker::Job> FbxArrayPacker::NextUntaken() {
+    const auto next = std::find_if(mJobs.begin(), mJobs.end(),
+                                   [](const std::shared_ptr<Job>& job) { return !job->taken; });
+    if (next == mJobs.end()) return nullptr;
+    (*next)->taken = true;
+    return *next;
 }
 
 void FbxArrayPacker::Work() {
     Compressor compressor;
     std::unique_lock lock(mMutex);
     for (;;) {
-        const auto next = std::find_if(mJobs.begin(), mJobs.end(),
-                                       [](const std::shared_ptr<Job>& job) { return !job->taken; });
         if (mStopping) return;
-        if (next == mJobs.end()) {
+        std::shared_ptr<Job> job = NextUntaken();
+        if (!job) {
             mChanged.wait(lock);
             continue;
         }
-        std::shared_ptr<Job> job = *next;
-        job->taken = true;
         lock.unlock();
         Run(*job, compressor);
         lock.lock();
@@ -109,27 +121,49 @@ void FbxArrayPacker::Work() {
     }
 }
 
-// The prepared job for these bytes, finished (by this thread when no worker took it yet);
-// jobs prepared before it were not asked for and are dropped. Null when none matches.
-std::shared_ptr<FbxArrayPacker::Job> FbxArrayPacker::TakePrepared(uint32_t checksum,
-                                                                  const uint8_t* raw, size_t size,
-                                                                  int level) {
-    std::unique_lock lock(mMutex);
-    const auto match = std::find_if(mJobs.begin(), mJobs.end(), [&](const auto& job) {
-        const Entry& e = job->entry;
-        return SameArray(e.raw, checksum, level, e.checksum, e.level, raw, size);
-    });
-    if (match == mJobs.end()) return nullptr;
-    std::shared_ptr<Job> job = *match;
-    mJobs.erase(mJobs.begin(), match + 1);
-    if (!job->taken) {
-        job->taken = true;
+// Finishes `job`: compresses it here when no worker has started it, and while a worker is at
+// it compresses the next prepared arrays instead of waiting, so the writer's thread does its
+// share. Called locked.
+void FbxArrayPacker::Finish(Job& job, std::unique_lock<std::mutex>& lock) {
+    if (!job.taken) {
+        job.taken = true;
         lock.unlock();
-        Run(*job, mCompressor);
-        return job;
+        Run(job, mCompressor);
+        lock.lock();
+        job.done = true;
+        return;
     }
-    mChanged.wait(lock, [&] { return job->done; });
-    return job;
+    while (!job.done) {
+        std::shared_ptr<Job> other = NextUntaken();
+        if (!other) {
+            mChanged.wait(lock);
+            continue;
+        }
+        lock.unlock();
+        Run(*other, mCompressor);
+        lock.lock();
+        other->done = true;
+    }
+}
+
+const std::vector<uint8_t>* FbxArrayPacker::PackPrepared(uint64_t ticket) {
+    if (ticket == 0) return nullptr;
+    std::unique_lock lock(mMutex);
+    const auto match = std::find_if(mJobs.begin(), mJobs.end(),
+                                    [&](const auto& job) { return job->ticket == ticket; });
+    if (match == mJobs.end()) return nullptr;
+    const std::shared_ptr<Job> job = *match;
+    mJobs.erase(mJobs.begin(), match + 1);
+    Finish(*job, lock);
+    lock.unlock();
+    if (job->failed) {
+        mPacked.clear();
+        return &mPacked;
+    }
+    Entry& kept = Victim();
+    kept = std::move(job->entry);
+    kept.lastUse = ++mUses;
+    return &kept.packed;
 }
 
 FbxArrayPacker::Entry& FbxArrayPacker::Victim() {
@@ -142,15 +176,6 @@ const std::vector<uint8_t>* FbxArrayPacker::Pack(const uint8_t* raw, size_t size
     const uint32_t checksum = libdeflate_adler32(1, raw, size);
     for (Entry& entry : mEntries) {
         if (SameArray(entry.raw, checksum, level, entry.checksum, entry.level, raw, size)) {
-            entry.lastUse = ++mUses;
-            return &entry.packed;
-        }
-    }
-    if (mWorkerCount > 0) {
-        if (std::shared_ptr<Job> job = TakePrepared(checksum, raw, size, level)) {
-            if (job->failed) return nullptr;
-            Entry& entry = Victim();
-            entry = std::move(job->entry);
             entry.lastUse = ++mUses;
             return &entry.packed;
         }

@@ -11,12 +11,13 @@
 
 struct libdeflate_compressor;
 
-// Deflates whole arrays into zlib streams and remembers the last few by content: every curve of
-// a take stores the same key times, so that array is compressed once and its bytes reused.
+// Deflates whole arrays into zlib streams and remembers the last few by content, so that an
+// array a take stores more than once is compressed once and its bytes reused.
 //
 // Arrays announced with Prepare are compressed ahead on a few worker threads while the writer
-// goes on; Pack then takes the finished bytes. The compressor is deterministic, so the bytes are
-// the same whichever thread made them, and with no workers every array is compressed by Pack.
+// goes on; PackPrepared then takes the finished bytes, and the writer compresses later
+// prepared arrays itself rather than wait for a worker. The compressor is deterministic, so
+// the bytes are the same whichever thread made them; with no workers nothing is prepared.
 class FbxArrayPacker {
 public:
     // workers: threads compressing prepared arrays; 0 compresses every array in Pack.
@@ -28,9 +29,13 @@ public:
     // One fewer than the processor's threads, at most three: the writer keeps one.
     static int DefaultWorkers();
 
-    // Starts compressing raw at a zlib level for a later Pack of the same bytes. Nothing
-    // happens without workers or while enough prepared arrays wait already.
-    void Prepare(std::vector<uint8_t> raw, int level);
+    // Starts compressing raw at a zlib level. Returns the ticket PackPrepared takes, or 0 when
+    // nothing was started (no workers, an array too large, or enough prepared arrays wait).
+    uint64_t Prepare(std::vector<uint8_t> raw, int level);
+    // The zlib stream of the array prepared under `ticket`, empty when it could not be made;
+    // the arrays prepared before it were not asked for and are dropped. Null when the ticket
+    // is not (or no longer) prepared. Valid until the next call.
+    const std::vector<uint8_t>* PackPrepared(uint64_t ticket);
     // The zlib stream of `size` bytes at `raw`, at a zlib compression level (-1 for the
     // default); null when the compressor cannot be made. Valid until the next call.
     const std::vector<uint8_t>* Pack(const uint8_t* raw, size_t size, int level);
@@ -44,6 +49,7 @@ private:
         std::vector<uint8_t> packed;
     };
     struct Job {
+        uint64_t ticket = 0;
         Entry entry;
         bool taken = false;
         bool done = false;
@@ -59,8 +65,8 @@ private:
     };
 
     Entry& Victim();
-    std::shared_ptr<Job> TakePrepared(uint32_t checksum, const uint8_t* raw, size_t size,
-                                      int level);
+    std::shared_ptr<Job> NextUntaken();
+    void Finish(Job& job, std::unique_lock<std::mutex>& lock);
     static void Run(Job& job, Compressor& compressor);
     void Work();
 
@@ -74,5 +80,6 @@ private:
     std::mutex mMutex;
     std::condition_variable mChanged;
     std::deque<std::shared_ptr<Job>> mJobs;  // prepared arrays, oldest first
+    uint64_t mLastTicket = 0;
     bool mStopping = false;
 };

@@ -86,6 +86,7 @@ bool FbxIO::ProjectCreateEmpty(const char* fileName, int version, bool binary) {
     ResetRecords();
     mVersion = version;
     mBinary = binary;
+    mTagged = {};
     mCreationTime = FbxCreationTime::Now();
     mStream.SetBufferSize(mCacheBytes);
     if (!mStream.Open(fileName ? fileName : "")) {

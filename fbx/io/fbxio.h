@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -147,12 +148,19 @@ public:
     // Streamed arrays: the elements are produced in pieces, so large arrays (key times of a
     // long take) are written without a full copy in memory.
     void FieldWriteArrayD(size_t count, const ArraySource<double>& source);
-    void FieldWriteArrayF(size_t count, const ArraySource<float>& source);
     void FieldWriteArrayI(size_t count, const ArraySource<int32_t>& source);
     void FieldWriteArrayLL(size_t count, const ArraySource<int64_t>& source);
+    // `prepared`: the ticket PrepareArrayF gave for these elements; its compressed bytes are
+    // taken without reading the source again (0: none).
+    void FieldWriteArrayF(size_t count, const ArraySource<float>& source, uint64_t prepared = 0);
     // Announces the float array a later FieldWriteArrayF writes, so that compressing it can
-    // start ahead on a worker thread; nothing for an array that is not compressed.
-    void PrepareArrayF(size_t count, const ArraySource<float>& source);
+    // start ahead on a worker thread. Returns the ticket for that write; 0 for an array that
+    // is not compressed or was not taken on.
+    uint64_t PrepareArrayF(size_t count, const ArraySource<float>& source);
+    // An array whose elements lie in memory. A `contentTag` other than 0 vouches for the
+    // content: an array written with the tag of the last tagged array holds the same elements,
+    // so its compressed bytes are reused without reading or comparing them.
+    void FieldWriteArrayLL(std::span<const int64_t> values, uint64_t contentTag = 0);
 
     // Array compression: zlib streams for arrays of at least the minimum size (and at least
     // 1024 bytes), at the given zlib level.
@@ -197,11 +205,29 @@ private:
     template <typename Write>
     void WriteNamed(const char* name, const Write& write);
     using RawSource = std::function<void(void* out, size_t first, size_t count)>;
-    void FieldWriteArray(const FbxIOArrayType& type, size_t count, const RawSource& source);
+    // What is known of an array beyond its element source.
+    struct ArrayOrigin {
+        const void* whole = nullptr;  // every element, when they lie in memory at once
+        uint64_t prepared = 0;        // the packer's ticket of a prepared copy
+        uint64_t contentTag = 0;      // see FieldWriteArrayLL
+    };
+    // The compressed bytes of the last tagged array.
+    struct TaggedArray {
+        uint64_t tag = 0;
+        char code = 0;
+        size_t count = 0;
+        int level = 0;
+        std::vector<uint8_t> packed;
+    };
+    void FieldWriteArray(const FbxIOArrayType& type, size_t count, const RawSource& source,
+                         const ArrayOrigin& origin);
     bool Compresses(uint64_t rawBytes) const;
-    void BinaryArray(const FbxIOArrayType& type, size_t count, const RawSource& source);
+    void BinaryArray(const FbxIOArrayType& type, size_t count, const RawSource& source,
+                     const ArrayOrigin& origin);
     uint64_t BinaryArrayData(const FbxIOArrayType& type, size_t count, const RawSource& source,
-                             bool compress);
+                             const ArrayOrigin& origin);
+    const std::vector<uint8_t>* PackArray(const FbxIOArrayType& type, size_t count,
+                                          const RawSource& source, const ArrayOrigin& origin);
     void AsciiArray(const FbxIOArrayType& type, size_t count, const RawSource& source);
     template <typename T>
     void FieldWritePacked(const FbxIOArrayType& type, int count, const T* values,
@@ -223,5 +249,6 @@ private:
     size_t mCacheBytes = 8 * 1024 * 1024;
     std::vector<uint8_t> mArrayChunk;
     std::vector<uint8_t> mArrayRaw;  // a compressed array, gathered whole
+    TaggedArray mTagged;
     FbxArrayPacker mArrayPacker;
 };

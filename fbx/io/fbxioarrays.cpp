@@ -42,7 +42,8 @@ std::function<void(void*, size_t, size_t)> Untyped(const FbxIO::ArraySource<T>& 
 
 }  // namespace
 
-void FbxIO::FieldWriteArray(const FbxIOArrayType& type, size_t count, const RawSource& source) {
+void FbxIO::FieldWriteArray(const FbxIOArrayType& type, size_t count, const RawSource& source,
+                            const ArrayOrigin& origin) {
     if (!BeginValue()) return;
     if (count > 0 && !source) {
         mStatus.SetCode(FbxStatus::eInvalidParameter, "Invalid array");
@@ -54,7 +55,7 @@ void FbxIO::FieldWriteArray(const FbxIOArrayType& type, size_t count, const RawS
     }
     mArrayChunk.resize(kChunkElements * type.size);
     if (mBinary) {
-        BinaryArray(type, count, source);
+        BinaryArray(type, count, source, origin);
     } else {
         AsciiArray(type, count, source);
     }
@@ -67,28 +68,28 @@ bool FbxIO::Compresses(uint64_t rawBytes) const {
     return mCompressArrays && rawBytes > 1023 && rawBytes >= minimum;
 }
 
-void FbxIO::PrepareArrayF(size_t count, const ArraySource<float>& source) {
+uint64_t FbxIO::PrepareArrayF(size_t count, const ArraySource<float>& source) {
     const uint64_t bytes = uint64_t{count} * sizeof(float);
-    if (!mBinary || !source || bytes > kMaxArrayBytes || !Compresses(bytes)) return;
+    if (!mBinary || !source || bytes > kMaxArrayBytes || !Compresses(bytes)) return 0;
     std::vector<uint8_t> raw(count * sizeof(float));
     for (size_t first = 0; first < count; first += kChunkElements) {
         source(reinterpret_cast<float*>(raw.data()) + first, first,
                std::min(kChunkElements, count - first));
     }
-    mArrayPacker.Prepare(std::move(raw), mCompressLevel);
+    return mArrayPacker.Prepare(std::move(raw), mCompressLevel);
 }
 
 // Type letter, then count, encoding and stored length, then the data. The stored length is
 // known only after compressing, so the header is patched then.
-void FbxIO::BinaryArray(const FbxIOArrayType& type, size_t count, const RawSource& source) {
+void FbxIO::BinaryArray(const FbxIOArrayType& type, size_t count, const RawSource& source,
+                        const ArrayOrigin& origin) {
     const uint64_t raw = count * type.size;
-    const bool compress = Compresses(raw);
     mStream.WriteByte(static_cast<uint8_t>(type.code));
     const uint64_t headerAt = mStream.Tell();
-    uint32_t header[3] = {static_cast<uint32_t>(count), compress ? 1u : 0u,
+    uint32_t header[3] = {static_cast<uint32_t>(count), Compresses(raw) ? 1u : 0u,
                           static_cast<uint32_t>(raw)};
     mStream.Write(header, sizeof header);
-    const uint64_t stored = BinaryArrayData(type, count, source, compress);
+    const uint64_t stored = BinaryArrayData(type, count, source, origin);
     if (mStatus.Error()) return;
     if (stored > kMaxArrayBytes) {
         mStatus.SetCode(FbxStatus::eInvalidParameter, "Array too large");
@@ -103,25 +104,22 @@ void FbxIO::BinaryArray(const FbxIOArrayType& type, size_t count, const RawSourc
     }
 }
 
-// Compressed arrays are gathered whole and deflated in one call, which is faster than
-// streaming and lets the packer reuse the bytes of an array it has seen.
 uint64_t FbxIO::BinaryArrayData(const FbxIOArrayType& type, size_t count, const RawSource& source,
-                                bool compress) {
-    if (!compress) {
+                                const ArrayOrigin& origin) {
+    const uint64_t raw = count * type.size;
+    if (!Compresses(raw) && origin.whole) {
+        mStream.Write(origin.whole, raw);
+        return raw;
+    }
+    if (!Compresses(raw)) {
         for (size_t first = 0; first < count; first += kChunkElements) {
             const size_t n = std::min(kChunkElements, count - first);
             source(mArrayChunk.data(), first, n);
             mStream.Write(mArrayChunk.data(), n * type.size);
         }
-        return count * type.size;
+        return raw;
     }
-    mArrayRaw.resize(count * type.size);
-    for (size_t first = 0; first < count; first += kChunkElements) {
-        source(mArrayRaw.data() + first * type.size, first,
-               std::min(kChunkElements, count - first));
-    }
-    const std::vector<uint8_t>* packed =
-        mArrayPacker.Pack(mArrayRaw.data(), mArrayRaw.size(), mCompressLevel);
+    const std::vector<uint8_t>* packed = PackArray(type, count, source, origin);
     if (!packed || packed->empty()) {
         CheckStream();  // a write that failed before the compressor is the first error
         mStatus.SetCode(FbxStatus::eFailure, "Error writing compressed array data");
@@ -129,6 +127,35 @@ uint64_t FbxIO::BinaryArrayData(const FbxIOArrayType& type, size_t count, const 
     }
     mStream.Write(packed->data(), packed->size());
     return packed->size();
+}
+
+// Compressed arrays are deflated whole in one call, which is faster than streaming and lets
+// the packer reuse the bytes of an array it has seen. The bytes come, cheapest first, from the
+// last tagged array, from a prepared copy, or from the elements gathered now.
+const std::vector<uint8_t>* FbxIO::PackArray(const FbxIOArrayType& type, size_t count,
+                                             const RawSource& source, const ArrayOrigin& origin) {
+    const bool tagged = origin.contentTag != 0;
+    if (tagged && mTagged.tag == origin.contentTag && mTagged.code == type.code &&
+        mTagged.count == count && mTagged.level == mCompressLevel) {
+        return &mTagged.packed;
+    }
+    const std::vector<uint8_t>* packed = mArrayPacker.PackPrepared(origin.prepared);
+    if (!packed) {
+        const auto* raw = static_cast<const uint8_t*>(origin.whole);
+        if (!raw) {
+            mArrayRaw.resize(count * type.size);
+            for (size_t first = 0; first < count; first += kChunkElements) {
+                source(mArrayRaw.data() + first * type.size, first,
+                       std::min(kChunkElements, count - first));
+            }
+            raw = mArrayRaw.data();
+        }
+        packed = mArrayPacker.Pack(raw, count * type.size, mCompressLevel);
+    }
+    if (tagged && packed && !packed->empty()) {
+        mTagged = {origin.contentTag, type.code, count, mCompressLevel, *packed};
+    }
+    return packed;
 }
 
 // "*<count> {", the elements on an "a: " line one tab deeper, then "}". Long element lists
@@ -175,7 +202,9 @@ void FbxIO::FieldWritePacked(const FbxIOArrayType& type, int count, const T* val
     const size_t per = static_cast<size_t>(valuesPerElement);
     const size_t elementBytes = stride > 0 ? static_cast<size_t>(stride) : per * sizeof(T);
     const auto* base = reinterpret_cast<const uint8_t*>(values);
-    FieldWriteArray(type, static_cast<size_t>(count) * per, [&](void* out, size_t first, size_t n) {
+    ArrayOrigin origin;
+    if (stride == 0) origin.whole = values;
+    const auto source = [&](void* out, size_t first, size_t n) {
         auto* target = static_cast<uint8_t*>(out);
         if (stride == 0) {
             std::memcpy(target, base + first * sizeof(T), n * sizeof(T));
@@ -186,7 +215,8 @@ void FbxIO::FieldWritePacked(const FbxIOArrayType& type, int count, const T* val
             const uint8_t* from = base + index / per * elementBytes + index % per * sizeof(T);
             std::memcpy(target + i * sizeof(T), from, sizeof(T));
         }
-    });
+    };
+    FieldWriteArray(type, static_cast<size_t>(count) * per, source, origin);
 }
 
 void FbxIO::FieldWriteArrayD(int count, const double* values, int perElement, int stride) {
@@ -228,14 +258,21 @@ void FbxIO::FieldWriteArrayUShort(int count, const unsigned short* values, int p
 }
 
 void FbxIO::FieldWriteArrayD(size_t count, const ArraySource<double>& source) {
-    FieldWriteArray(kArray<double, 'd'>, count, Untyped(source));
+    FieldWriteArray(kArray<double, 'd'>, count, Untyped(source), {});
 }
-void FbxIO::FieldWriteArrayF(size_t count, const ArraySource<float>& source) {
-    FieldWriteArray(kArray<float, 'f'>, count, Untyped(source));
+void FbxIO::FieldWriteArrayF(size_t count, const ArraySource<float>& source, uint64_t prepared) {
+    FieldWriteArray(kArray<float, 'f'>, count, Untyped(source), {.prepared = prepared});
 }
 void FbxIO::FieldWriteArrayI(size_t count, const ArraySource<int32_t>& source) {
-    FieldWriteArray(kArray<int32_t, 'i'>, count, Untyped(source));
+    FieldWriteArray(kArray<int32_t, 'i'>, count, Untyped(source), {});
 }
 void FbxIO::FieldWriteArrayLL(size_t count, const ArraySource<int64_t>& source) {
-    FieldWriteArray(kArray<int64_t, 'l'>, count, Untyped(source));
+    FieldWriteArray(kArray<int64_t, 'l'>, count, Untyped(source), {});
+}
+void FbxIO::FieldWriteArrayLL(std::span<const int64_t> values, uint64_t contentTag) {
+    const auto source = [values](void* out, size_t first, size_t n) {
+        std::memcpy(out, values.data() + first, n * sizeof(int64_t));
+    };
+    FieldWriteArray(kArray<int64_t, 'l'>, values.size(), source,
+                    {.whole = values.data(), .contentTag = contentTag});
 }

@@ -91,27 +91,39 @@ void FbxWriterFbx7_Impl::WriteCurveBody(const FbxAnimCurve& curve) {
     mIO->FieldWriteI("KeyVer", mVersion == 7100 ? 4007 : 4009);
     mIO->FieldWriteBegin("KeyTime");
     const std::vector<int64_t>& times = FileKeyTimes(curve);
-    mIO->FieldWriteArrayLL(count, [&](int64_t* out, size_t first, size_t n) {
-        std::copy_n(times.begin() + static_cast<ptrdiff_t>(first), n, out);
-    });
+    mIO->FieldWriteArrayLL(times, mFileTimesTag);
     mIO->FieldWriteEnd();
     mIO->FieldWriteBegin("KeyValueFloat");
-    mIO->FieldWriteArrayF(count, [&](float* out, size_t first, size_t n) {
-        curve.KeyGetRange(static_cast<int>(first), static_cast<int>(n), nullptr, out, nullptr);
-    });
+    mIO->FieldWriteArrayF(
+        count,
+        [&](float* out, size_t first, size_t n) {
+            curve.KeyGetRange(static_cast<int>(first), static_cast<int>(n), nullptr, out, nullptr);
+        },
+        TakePrepared(curve));
     mIO->FieldWriteEnd();
     WriteKeyAttributes(curve);
 }
 
 // The curves of a take share their key times: the file's times of the last curve are kept and
-// reused while the next curve has keys at the same times.
+// reused while the next curve has keys at the same times, under a tag that tells the field
+// writer so.
 const std::vector<int64_t>& FbxWriterFbx7_Impl::FileKeyTimes(const FbxAnimCurve& curve) {
     if (mTimesOf && curve.KeyTimesEqual(*mTimesOf)) return mFileTimes;
     mFileTimes.resize(static_cast<size_t>(curve.KeyGetCount()));
     curve.KeyGetRange(0, curve.KeyGetCount(), mFileTimes.data(), nullptr, nullptr);
     for (int64_t& time : mFileTimes) time = mIO->FileTimeTicks(time);
     mTimesOf = &curve;
+    ++mFileTimesTag;
     return mFileTimes;
+}
+
+// The ticket of the curve's prepared key values; 0 when they were not prepared.
+uint64_t FbxWriterFbx7_Impl::TakePrepared(const FbxAnimCurve& curve) {
+    while (!mPrepared.empty() && mPrepared.front().first != &curve) mPrepared.pop_front();
+    if (mPrepared.empty()) return 0;
+    const uint64_t ticket = mPrepared.front().second;
+    mPrepared.pop_front();
+    return ticket;
 }
 
 void FbxWriterFbx7_Impl::WriteKeyAttributes(const FbxAnimCurve& curve) {

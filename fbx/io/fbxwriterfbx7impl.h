@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -91,6 +92,7 @@ private:
     void WriteKeyAttributes(const FbxAnimCurve& curve);
     const std::vector<int64_t>& FileKeyTimes(const FbxAnimCurve& curve);
     void PrepareCurvesAhead(size_t index);
+    uint64_t TakePrepared(const FbxAnimCurve& curve);
     void WriteTakes();
 
     // fbxwriterfbx7connections.cpp
@@ -108,7 +110,9 @@ private:
     std::vector<const FbxObject*> mObjects;  // the records of "Objects", in order
     const FbxAnimCurve* mTimesOf = nullptr;  // the curve whose key times mFileTimes holds
     std::vector<int64_t> mFileTimes;
-    size_t mPreparedUpTo = 0;  // objects before it had their key values prepared
+    uint64_t mFileTimesTag = 0;  // changes whenever mFileTimes does
+    size_t mPreparedUpTo = 0;    // objects before it had their key values prepared
+    std::deque<std::pair<const FbxAnimCurve*, uint64_t>> mPrepared;  // curves and tickets
     std::unordered_set<const FbxObject*> mWritten;
     std::vector<TypeDefinition> mDefinitions;
     std::unordered_map<std::string, size_t> mDefinitionIndex;

@@ -56,6 +56,7 @@ void FbxWriterFbx7_Impl::WriteObjects() {
     mIO->FieldWriteBegin("Objects");
     mIO->FieldWriteBlockBegin();
     mPreparedUpTo = 0;
+    mPrepared.clear();
     for (size_t i = 0; i < mObjects.size(); ++i) {
         PrepareCurvesAhead(i);
         WriteObject(*mObjects[i]);
@@ -68,15 +69,16 @@ void FbxWriterFbx7_Impl::WriteObjects() {
 // The key values of the next few curves start compressing while the objects before them are
 // written; the window bounds the arrays held in memory at once.
 void FbxWriterFbx7_Impl::PrepareCurvesAhead(size_t index) {
-    constexpr size_t kAhead = 4;
+    constexpr size_t kAhead = 8;
     for (; mPreparedUpTo < mObjects.size() && mPreparedUpTo <= index + kAhead; ++mPreparedUpTo) {
         const FbxAnimCurve* curve = FbxCast<FbxAnimCurve>(mObjects[mPreparedUpTo]);
         if (!curve || curve->KeyGetCount() == 0) continue;
-        mIO->PrepareArrayF(static_cast<size_t>(curve->KeyGetCount()),
-                           [curve](float* out, size_t first, size_t n) {
-                               curve->KeyGetRange(static_cast<int>(first), static_cast<int>(n),
-                                                  nullptr, out, nullptr);
-                           });
+        const uint64_t ticket = mIO->PrepareArrayF(
+            static_cast<size_t>(curve->KeyGetCount()), [curve](float* out, size_t first, size_t n) {
+                curve->KeyGetRange(static_cast<int>(first), static_cast<int>(n), nullptr, out,
+                                   nullptr);
+            });
+        mPrepared.emplace_back(curve, ticket);
     }
 }
 

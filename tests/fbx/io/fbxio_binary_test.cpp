@@ -116,6 +116,49 @@ TEST(FbxIOBinary, CompressionThresholdAndSettings) {
     }
 }
 
+// Arrays whose compressed bytes come from elsewhere than their elements: a tagged array
+// reuses the bytes of the last tagged one only under the same tag, and a prepared array
+// whose ticket was dropped (taken out of order) is read from its source again.
+TEST(FbxIOBinary, TaggedAndPreparedArraysHoldTheirOwnElements) {
+    std::vector<int64_t> times(3000), others(3000);
+    std::iota(times.begin(), times.end(), 0);
+    std::iota(others.begin(), others.end(), 5);
+    std::vector<float> first(2000, 0.5f), second(2000, -2.0f);
+    const auto source = [](const std::vector<float>& values) {
+        return [&values](float* out, size_t at, size_t n) {
+            std::copy_n(values.begin() + static_cast<ptrdiff_t>(at), n, out);
+        };
+    };
+    const std::vector<std::pair<const std::vector<int64_t>*, uint64_t>> tagged = {
+        {&times, 1}, {&times, 1}, {&others, 2}, {&others, 2}, {&times, 1}, {&others, 0}};
+    for (const bool compress : {true, false}) {
+        const BinaryFile out = WriteBinary(
+            [&](FbxIO& io) {
+                io.CompressArrays(compress);
+                io.FieldWriteBegin("Times");
+                for (const auto& [values, tag] : tagged) io.FieldWriteArrayLL(*values, tag);
+                io.FieldWriteEnd();
+                const uint64_t firstTicket = io.PrepareArrayF(first.size(), source(first));
+                const uint64_t secondTicket = io.PrepareArrayF(second.size(), source(second));
+                io.FieldWriteBegin("Values");
+                io.FieldWriteArrayF(second.size(), source(second), secondTicket);
+                io.FieldWriteArrayF(first.size(), source(first), firstTicket);
+                io.FieldWriteEnd();
+            },
+            7700, {compress ? 1024u : UINT32_MAX});
+        SCOPED_TRACE(compress ? "compressed" : "raw");
+        const std::vector<fbxfile::Value>& written = out.file.Find("Times")->values;
+        ASSERT_EQ(tagged.size(), written.size());
+        for (size_t i = 0; i < tagged.size(); ++i) {
+            EXPECT_EQ(*tagged[i].first, written[i].ints) << "array " << i;
+        }
+        const std::vector<fbxfile::Value>& values = out.file.Find("Values")->values;
+        ASSERT_EQ(2u, values.size());
+        EXPECT_EQ(std::vector<double>(second.begin(), second.end()), values[0].reals);
+        EXPECT_EQ(std::vector<double>(first.begin(), first.end()), values[1].reals);
+    }
+}
+
 TEST(FbxIOBinary, FooterPaddingAndSourceCheck) {
     // Body lengths over a full cycle of 16: the reader checks the 1 to 16 padding bytes.
     for (size_t extra = 0; extra < 16; ++extra) {
