@@ -63,30 +63,48 @@ ZavoPoseObject NuFbxExporter::firstUsablePose() const {
     return {};
 }
 
-bool NuFbxExporter::useThisFrame(int frame) {
-    const FrameUse use = m_timing.select(frame, m_host.pose(frame));
-    m_counts.offered(use);
-    return use == FrameUse::Used;
+const ZavoPoseObject& NuFbxExporter::hostPose(int frame) {
+    if (m_hostPoseFrame != frame) {
+        m_hostPose = m_host.pose(frame);
+        m_hostPoseFrame = frame;
+    }
+    return m_hostPose;
 }
 
-KeyTime NuFbxExporter::setKeyTime(int frame) {
-    // The first frame fixes the start of the keys, whether or not its pose is usable.
-    const FbxTime time = m_timing.next(frame, m_host.pose(frame));
-    if (!isUsablePose(framePose(frame))) return {std::nullopt, tr("Received invalid pose data")};
-    if (frame == m_timing.firstFrame()) m_animationStart = time;
-    m_animationStop = time;
-    return {time, {}};
+const ZavoPoseObject& NuFbxExporter::framePose(int frame) {
+    if (m_settings.useCalibrationPose && frame == m_timing.firstFrame()) {
+        // A take recorded without a calibration pose keeps its first frame as it is.
+        m_calibrationPose = m_host.nullPose();
+        if (isUsablePose(m_calibrationPose)) return m_calibrationPose;
+    }
+    return hostPose(frame);
+}
+
+void NuFbxExporter::forgetPoses() {
+    m_hostPoseFrame.reset();
+    m_hostPose = {};
+    m_calibrationPose = {};
+}
+
+bool NuFbxExporter::useThisFrame(int frame) {
+    const FrameUse use = m_timing.select(frame, hostPose(frame));
+    m_counts.offered(use);
+    return use == FrameUse::Used;
 }
 
 std::optional<NuFbxExporter::KeyedFrame> NuFbxExporter::prepareFrame(int frame) {
     // Once keys went missing, later frames cannot make the file whole.
     if (m_keying) m_keying->rethrowFailure();
-    const KeyTime key = setKeyTime(frame);
-    if (!key.time) {
+    // The first frame fixes the start of the keys, whether or not its pose is usable.
+    const FbxTime time = m_timing.next(frame, hostPose(frame));
+    const ZavoPoseObject& pose = framePose(frame);
+    if (!isUsablePose(pose)) {
         m_counts.unusable();
-        m_lastError = key.whyNot;
+        m_lastError = tr("Received invalid pose data");
         return std::nullopt;
     }
-    m_counts.keyed(*key.time);
-    return KeyedFrame{*key.time, framePose(frame)};
+    if (frame == m_timing.firstFrame()) m_animationStart = time;
+    m_animationStop = time;
+    m_counts.keyed(time);
+    return KeyedFrame{time, pose};
 }

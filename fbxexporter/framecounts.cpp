@@ -1,6 +1,7 @@
 #include "framecounts.h"
 
 #include <QStringList>
+#include <algorithm>
 
 void FrameCounts::offered(FrameUse use) {
     ++m_offered;
@@ -10,8 +11,17 @@ void FrameCounts::offered(FrameUse use) {
 
 void FrameCounts::keyed(FbxTime time) {
     ++m_keyed;
+    const FbxLongLong t = time.Get();
+    // Every time hashed lies before the latest rising one, so a later time is new.
+    if (m_risingKeyTimes.empty() || t > m_risingKeyTimes.back()) {
+        m_risingKeyTimes.push_back(t);
+        return;
+    }
     // A key at an earlier frame's time replaces that frame's key.
-    if (!m_keyTimes.insert(time.Get()).second) ++m_colliding;
+    if (std::binary_search(m_risingKeyTimes.begin(), m_risingKeyTimes.end(), t) ||
+        !m_otherKeyTimes.insert(t).second) {
+        ++m_colliding;
+    }
 }
 
 QString FrameCounts::nothingKeyed() const {

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QString>
 #include <unordered_set>
+#include <vector>
 
 #include "fbx/scene/fbxtime.h"
 #include "keytiming.h"
@@ -32,5 +33,8 @@ private:
     int m_keyed = 0;      // keyed
     int m_colliding = 0;  // keyed at the time of an earlier keyed frame
     int m_poseless = 0;   // due for a key, but without a pose
-    std::unordered_set<FbxLongLong> m_keyTimes;
+    // Key times so far: those later than every earlier one in order, the others hashed. Keys
+    // are mostly taken in time order, which makes the first list the long one.
+    std::vector<FbxLongLong> m_risingKeyTimes;
+    std::unordered_set<FbxLongLong> m_otherKeyTimes;
 };

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <QString>
 #include <cstdint>
-#include <optional>
 
 #include <zavo/zavoposeobject.h>
 
@@ -15,12 +13,6 @@ enum class FrameUse {
     Used,     // exported: a key is due
     Skipped,  // left out by the frame skip, or recorded before the recording started
     Lost,     // a key was due, but the host has no pose for the frame
-};
-
-// A frame's key time, or why the frame has none.
-struct KeyTime {
-    std::optional<FbxTime> time;
-    QString whyNot;  // set when there is no time
 };
 
 // Which host frames a run exports and when their keys lie. Fixed at the run's start from its

@@ -77,6 +77,7 @@ bool NuFbxExporter::initialize(const QString& fileName) {
     m_exportedFrameCount =
         static_cast<int32_t>(m_host.frameCount() / (int64_t{m_settings.frameSkip} + 1));
     m_counts = FrameCounts();
+    forgetPoses();
     startKeying();
     m_running = true;
     return true;
@@ -131,6 +132,7 @@ bool NuFbxExporter::finalize(bool cancelled) {
         }
     }
     m_scene.close(saved);
+    forgetPoses();
     m_running = false;
     return saved || !save;
 }
@@ -142,15 +144,6 @@ QString NuFbxExporter::nothingToExport() const {
             .arg(m_settings.outputScale);
     }
     return m_counts.nothingKeyed();
-}
-
-ZavoPoseObject NuFbxExporter::framePose(int frame) const {
-    if (m_settings.useCalibrationPose && frame == m_timing.firstFrame()) {
-        // A take recorded without a calibration pose keeps its first frame as it is.
-        ZavoPoseObject calibration = m_host.nullPose();
-        if (isUsablePose(calibration)) return calibration;
-    }
-    return m_host.pose(frame);
 }
 
 void NuFbxExporter::keyTranslation(int segment, FbxTime time, const nuvia::Vector3& translation) {

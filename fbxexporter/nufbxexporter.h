@@ -61,10 +61,11 @@ public:
     void setKeyingThread(bool use) { m_keyingThreadWanted = use; }
 
 protected:
-    // An exported frame ready to key: its key time and the pose to key.
+    // An exported frame ready to key: its key time and the pose to key, which lasts until the
+    // next frame.
     struct KeyedFrame {
         FbxTime time;
-        ZavoPoseObject pose;
+        const ZavoPoseObject& pose;
     };
 
     AbstractZavoStudioPluginInterface& host() const { return m_host; }
@@ -75,11 +76,8 @@ protected:
     // Whether host frame `frame` is exported: not before the recording started, and one frame
     // in (frame skip + 1) counted from the first exported frame, which the first call fixes.
     bool useThisFrame(int frame);
-    // The key time of an exported frame, which extends the animation's span, or why the frame
-    // gets no key: its pose is unusable.
-    KeyTime setKeyTime(int frame);
-    // Times an exported frame and gives the pose to key, or nothing for an unusable pose, which
-    // is counted and reported through lastError().
+    // Times an exported frame, which extends the animation's span, and gives the pose to key,
+    // or nothing for an unusable pose, which is counted and reported through lastError().
     std::optional<KeyedFrame> prepareFrame(int frame);
 
     // Whether a pose can be keyed: valid, three finite coordinates per position (none at all
@@ -106,9 +104,13 @@ protected:
 private:
     // Reads the settings into the run. Throws as readRunSettings() does.
     void loadSettings();
+    // The host's pose of `frame`, fetched once however often the frame's export asks.
+    const ZavoPoseObject& hostPose(int frame);
     // The pose keyed for `frame`: the calibration pose stands in for the first exported frame
     // when asked to and when it is usable.
-    ZavoPoseObject framePose(int frame) const;
+    const ZavoPoseObject& framePose(int frame);
+    // Lets go of the poses of the frame last exported, which the next run must not see.
+    void forgetPoses();
     // Why finalize would write a file without a node or without a key; empty when it would not.
     QString nothingToExport() const;
     // Starts the keying thread where one is wanted and the machine has a second processor.
@@ -129,6 +131,9 @@ private:
     ExportScene m_scene;
     KeyTiming m_timing;
     FrameCounts m_counts;
+    std::optional<int> m_hostPoseFrame;  // whose pose m_hostPose is
+    ZavoPoseObject m_hostPose;
+    ZavoPoseObject m_calibrationPose;
     int32_t m_exportedFrameCount = 0;  // room each new curve reserves
     FbxTime m_animationStart;
     FbxTime m_animationStop;

@@ -118,7 +118,17 @@ void PoseTransformFbx::getSegmentPose(int i, nuvia::Vector3& translation,
     rotation = m_rotations[index];
 }
 
+const NuVector& PoseTransformFbx::hostPosition(int segment) const {
+    static const NuVector none;
+    return segment >= 0 && static_cast<size_t>(segment) < m_hostPositions.size()
+               ? m_hostPositions[static_cast<size_t>(segment)]
+               : none;
+}
+
 void PoseTransformFbx::transform(const ZavoPoseObject& pose) {
+    m_hostPositions.resize(static_cast<size_t>(std::max(pose.segmentStateCount(), 0)));
+    for (size_t i = 0; i < m_hostPositions.size(); ++i)
+        m_hostPositions[i] = pose.pos_g(static_cast<int>(i));
     // Export order puts parents first, so a parent's global orientation of this frame is
     // stored before its children need it.
     for (int code : m_segmentMap) {
@@ -136,7 +146,7 @@ void PoseTransformFbx::transformBody(const ZavoPoseObject& pose, int code) {
     m_globalOrientations[code] = global;
     const int parent = m_bodyParents[code];
     if (parent < 0) {
-        m_translations[code] = toFbxAxes(nuvia::Vector3(pose.pos_g(code)));
+        m_translations[code] = toFbxAxes(nuvia::Vector3(hostPosition(code)));
         m_localOrientations[code] = global;
         global.toEuler(m_rotations[code]);
         return;
@@ -144,7 +154,7 @@ void PoseTransformFbx::transformBody(const ZavoPoseObject& pose, int code) {
     // The offset is the difference of the global positions, not rotated into the parent's
     // frame: it is the true local offset where the parent is unrotated, as in the T-pose that
     // sets up the skeleton, which is where readers take the bone offsets from.
-    m_translations[code] = toFbxAxes(difference(pose.pos_g(code), pose.pos_g(parent)));
+    m_translations[code] = toFbxAxes(difference(hostPosition(code), hostPosition(parent)));
     setLocal(code, m_globalOrientations[parent], global);
 }
 
@@ -162,7 +172,7 @@ void PoseTransformFbx::transformFinger(const ZavoPoseObject& pose, int code) {
 
     const int parentJoint = m_fingerParents[hand.joint];
     if (parentJoint < 0) {
-        m_translations[index] = toFbxAxes(difference(finger.position, pose.pos_g(hand.segment)));
+        m_translations[index] = toFbxAxes(difference(finger.position, hostPosition(hand.segment)));
         setLocal(index, m_globalOrientations[hand.segment], global);
         return;
     }

@@ -46,6 +46,8 @@ private:
     int poseIndexOf(int code) const;
     void appendFingers(int firstCode);
     void appendProps(const KexJointArray& joints);
+    // Host position of segment `segment` in the pose under transform; empty when it has none.
+    const NuVector& hostPosition(int segment) const;
     void transformBody(const ZavoPoseObject& pose, int code);
     void transformFinger(const ZavoPoseObject& pose, int code);
     void setLocal(int index, const nuvia::Quaternion& parentGlobal,
@@ -59,6 +61,8 @@ private:
     std::vector<int> m_fingerParents;
     std::vector<int> m_leftFingerPoseIndex;
     std::vector<int> m_rightFingerPoseIndex;
+    // The positions of the pose under transform, read once: the host makes each one anew.
+    std::vector<NuVector> m_hostPositions;
     // Indexed by pose index.
     std::vector<nuvia::Vector3> m_translations;
     std::vector<nuvia::Quaternion> m_globalOrientations;
