@@ -39,8 +39,10 @@ struct BvhJointPose {
 // number finite; Frame Time above 0; exactly Frames: rows of one value per channel. Lines
 // may end in LF, CRLF or CR alone.
 BvhClip readBvhFile(const std::string& path);
-// The same for a BVH text in memory; `name` stands for the file in messages.
-BvhClip parseBvh(std::string_view text, const std::string& name);
+// The same for a BVH text in memory; `name` stands for the file in messages. The frame lines
+// are read in `motionParts` parts side by side; 0 chooses by the length of the clip and the
+// cores at hand. The clip and any error are the same whatever the parts.
+BvhClip parseBvh(std::string_view text, const std::string& name, int motionParts = 0);
 
 // Converts a whole word to a number; false when the word is no number at all. Infinite and
 // not-a-number results are returned as such, for the caller to refuse with its own words.

@@ -1,5 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <charconv>
+#include <cstdint>
+#include <fstream>
+#include <random>
+#include <sstream>
+
 #include "bvhclip.h"
 #include "takeerror.h"
 
@@ -19,6 +26,23 @@ const char* const smallClip =
     "LeftHandThumb2\n  {\n   OFFSET 1 0 0\n   CHANNELS 3 Zrotation Yrotation Xrotation\n  "
     "}\n}\nMOTION\nFrames: 2\nFrame Time: .0083333\n1 2 3 0 90 0 90 90 0 0 0 0\n"
     "0 0 0 0 0 0 0 0 0 0 0 0 \n";
+
+std::string fileText(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+std::string withLineEnds(const std::string& text, const std::string& end) {
+    std::string result;
+    for (const char c : text)
+        if (c == '\n')
+            result += end;
+        else
+            result += c;
+    return result;
+}
 
 }  // namespace
 
@@ -98,13 +122,107 @@ TEST(BvhReader, ReportsMalformedFilesWithTheirLine) {
          {"nan", "NaN", "-nan", "nan(0x7)", "inf", "-INF", "Infinity", "1e400", "+inf"})
         cases.emplace_back(motion + "0\n" + word + "\n",
                            "line 11: frame 1: expected a finite number, found '" + word + "'");
-    for (const auto& [text, message] : cases) {
-        try {
-            parseBvh(text, "b.bvh");
-            ADD_FAILURE() << "accepted: " << message;
-        } catch (const TakeError& error) {
-            EXPECT_EQ(error.what(), "b.bvh: " + message) << text.substr(0, 200);
+    // Frame lines read in parts side by side are checked as one reading front to back would.
+    const std::string three = head + "MOTION\nFrames: 3\nFrame Time: 0.1\n";
+    const std::vector<std::pair<std::string, std::string>> motionCases = {
+        {three + "1\r\n\r\n2\r\n \t\r\n3 4\r\n5\r\nx\r\n",
+         "line 14: frame 2: expected 1 numbers, found 2"},
+        // A word that is no number is met before the line is found to be one too many.
+        {three + "1\r2\r\r3\r4 x\r", "line 14: frame 3: expected a finite number, found 'x'"},
+        {three + "1\n2\n\n\n3\n\n4\n5\n6\n7\n8\n",
+         "line 16: expected the end of the file after the 3 frames that Frames: announces, "
+         "found more"},
+        {three + "1\n2\n\n\n\n\n\n\n\n\n\n\n",
+         "line 21: expected 3 frames as Frames: says, found the end of the file after 2"},
+        {three + "1\n2\n\n\n\n\n\n\n\n3 x\n",
+         "line 19: frame 2: expected a finite number, found 'x'"},
+        {three + "1\n\n\n\n\n\n\n2 3\n\n\n\n\nx\n",
+         "line 17: frame 1: expected 1 numbers, found 2"},
+        // More numbers than the whole section may hold, all on the last line.
+        {three + "1\n2\n3\n\n\n\n\n\n1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21\n",
+         "line 18: expected the end of the file after the 3 frames that Frames: announces, "
+         "found more"},
+    };
+    cases.insert(cases.end(), motionCases.begin(), motionCases.end());
+    for (const int parts : {1, 2, 3, 16}) {
+        for (const auto& [text, message] : cases) {
+            try {
+                parseBvh(text, "b.bvh", parts);
+                ADD_FAILURE() << "accepted in " << parts << " parts: " << message;
+            } catch (const TakeError& error) {
+                EXPECT_EQ(error.what(), "b.bvh: " + message)
+                    << parts << " parts: " << text.substr(0, 200);
+            }
         }
     }
     EXPECT_THROW(readBvhFile("/nonexistent/clip.bvh"), TakeError);
+}
+
+// A real clip read in parts side by side, whatever its line ends, holds the very numbers of
+// one reading front to back.
+TEST(BvhReader, ReadsTheSameNumbersInAnyNumberOfParts) {
+    const std::string lf = fileText(std::string(ZAVO_BVH_DATA_DIR) + "/cmu_02_03_run.bvh");
+    ASSERT_FALSE(lf.empty());
+    const BvhClip whole = parseBvh(lf, "run.bvh", 1);
+    ASSERT_EQ(whole.values.size(), 173u * 96u);
+    for (const std::string end : {"\n", "\r\n", "\r"}) {
+        const std::string text = withLineEnds(lf, end);
+        for (const int parts : {1, 2, 3, 7, 400}) {
+            const BvhClip clip = parseBvh(text, "run.bvh", parts);
+            EXPECT_EQ(clip.frameCount, whole.frameCount);
+            EXPECT_TRUE(clip.values == whole.values) << parts << " parts, line ends "
+                                                     << (end == "\n"   ? "LF"
+                                                         : end == "\r" ? "CR"
+                                                                       : "CRLF");
+        }
+    }
+}
+
+// Short decimals take a quicker road than the library's reading; both give the same double to
+// the last bit, and words that are no such decimal are left to the library.
+TEST(BvhReader, ReadsNumbersToTheBitAsTheLibraryDoes) {
+    std::vector<std::string> words = {"0",
+                                      "-0",
+                                      "-0.0000",
+                                      "7",
+                                      "123456789012345",
+                                      "1234567890123456",
+                                      "999999999999999.9",
+                                      "0.000000000000001",
+                                      "000000000000001.5",
+                                      "0.30000000000000004",
+                                      "-179.99999999999",
+                                      ".5",
+                                      "5.",
+                                      "-.5",
+                                      "1.2.3",
+                                      "--1",
+                                      "-",
+                                      ".",
+                                      "1e5",
+                                      "2.5E-3",
+                                      "0x10",
+                                      "1,5",
+                                      "+2.25"};
+    std::mt19937_64 random(2024);
+    for (int i = 0; i < 20000; ++i) {
+        const int whole = static_cast<int>(random() % 8), decimals = static_cast<int>(random() % 9);
+        std::string word = random() % 2 ? "-" : "";
+        for (int d = 0; d <= whole; ++d) word += static_cast<char>('0' + random() % 10);
+        if (decimals > 0) word += '.';
+        for (int d = 0; d < decimals; ++d) word += static_cast<char>('0' + random() % 10);
+        words.push_back(word);
+    }
+    for (const std::string& word : words) {
+        const std::string_view digitsOn = word[0] == '+' ? std::string_view(word).substr(1) : word;
+        double expected = 0.0;
+        const auto [end, error] =
+            std::from_chars(digitsOn.data(), digitsOn.data() + digitsOn.size(), expected);
+        const bool number = error == std::errc() && end == digitsOn.data() + digitsOn.size();
+        double value = 0.0;
+        ASSERT_EQ(bvhNumber(word, value), number) << word;
+        if (number) {
+            ASSERT_EQ(std::bit_cast<uint64_t>(value), std::bit_cast<uint64_t>(expected)) << word;
+        }
+    }
 }
