@@ -16,12 +16,6 @@ FbxUInt32 Bits(float value) {
     return std::bit_cast<FbxUInt32>(value);
 }
 
-// Evenly spaced times wrap like unsigned numbers, so no spacing is out of range.
-FbxLongLong EvenTime(FbxLongLong first, FbxLongLong step, int index) {
-    return static_cast<FbxLongLong>(static_cast<FbxULongLong>(first) +
-                                    static_cast<FbxULongLong>(step) * static_cast<unsigned>(index));
-}
-
 template <typename T>
 void Erase(std::vector<T>& column, int first, int last) {
     if (!column.empty()) column.erase(column.begin() + first, column.begin() + last + 1);
@@ -36,11 +30,6 @@ FbxAnimCurve::~FbxAnimCurve() = default;
 FbxLongLong FbxAnimCurve::TimeAt(int index) const {
     return mTimesListed ? mTimes[static_cast<size_t>(index)]
                         : EvenTime(mTimeFirst, mTimeStep, index);
-}
-
-FbxUInt32 FbxAnimCurve::SharedAt(int index) const {
-    const auto i = static_cast<size_t>(index);
-    return mSharedIsWide ? mSharedWide[i] : mSharedSmall[i];
 }
 
 float FbxAnimCurve::RightSlopeAt(int index) const {
@@ -235,27 +224,9 @@ FbxAnimCurveKeyAttribute FbxAnimCurve::AttributeOf(const Key& key) const {
     return attribute;
 }
 
-void FbxAnimCurve::Notify(unsigned changes) {
-    if (mModifyDepth > 0) {
-        mPendingChanges |= changes;
-    } else if (mListener) {
-        mListener(*this, changes);
-    }
-}
-
-void FbxAnimCurve::KeyModifyBegin() {
-    ++mModifyDepth;
-}
-
-void FbxAnimCurve::KeyModifyEnd() {
-    if (mModifyDepth == 0 || --mModifyDepth > 0) {
-        return;
-    }
-    mLastEvaluated = 0;
-    const unsigned changes = std::exchange(mPendingChanges, 0u);
-    if (changes && mListener) {
-        mListener(*this, changes);
-    }
+// Out of line: the inline key path only ever holds changes back.
+void FbxAnimCurve::Deliver(unsigned changes) {
+    mListener(*this, changes);
 }
 
 int FbxAnimCurve::LowerBound(FbxTime time) const {
@@ -276,7 +247,8 @@ int FbxAnimCurve::LowerBound(FbxTime time) const {
                             mTimes.begin());
 }
 
-int FbxAnimCurve::KeyAdd(FbxTime time, int* last) {
+// Everything but an append at the next even step.
+int FbxAnimCurve::AddKey(FbxTime time, int* last) {
     mLastEvaluated = 0;
     const Key key = DefaultKey(time);
     int index = mKeyCount;
@@ -350,13 +322,6 @@ void FbxAnimCurve::ResizeKeyBuffer(int count) {
     Reserve(count);
 }
 
-void FbxAnimCurve::KeySetValue(int index, float value) {
-    if (Valid(index)) {
-        mValues[static_cast<size_t>(index)] = value;
-        Notify(eKeyValueChanged);
-    }
-}
-
 // Writers switch key after key from the same entry to the same flags.
 void FbxAnimCurve::SetFlags(int index, FbxUInt32 flags) {
     const FbxUInt32 shared = SharedAt(index);
@@ -372,15 +337,6 @@ void FbxAnimCurve::SetFlags(int index, FbxUInt32 flags) {
 void FbxAnimCurve::KeySetFlags(int index, FbxUInt32 flags) {
     if (Valid(index)) {
         SetFlags(index, flags);
-    }
-}
-
-// The weighting and velocity bits stay as they are: a linear key ignores them.
-void FbxAnimCurve::KeySetInterpolation(int index,
-                                       FbxAnimCurveDef::EInterpolationType interpolation) {
-    if (Valid(index)) {
-        const FbxUInt32 mask = FbxAnimCurveDef::kInterpolationMask;
-        SetFlags(index, (mShared[SharedAt(index)].flags & ~mask) | (interpolation & mask));
     }
 }
 
@@ -418,10 +374,6 @@ void FbxAnimCurve::KeySetLeftDerivative(int index, float slope) {
 
 FbxTime FbxAnimCurve::KeyGetTime(int index) const {
     return FbxTime(Valid(index) ? TimeAt(index) : 0);
-}
-
-float FbxAnimCurve::KeyGetValue(int index) const {
-    return Valid(index) ? mValues[static_cast<size_t>(index)] : 0.0f;
 }
 
 FbxUInt32 FbxAnimCurve::KeyGetFlags(int index) const {

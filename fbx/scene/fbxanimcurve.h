@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "fbx/scene/fbxanimcurvedef.h"
@@ -22,7 +23,15 @@
 //
 // Changes may be bracketed by KeyModifyBegin/KeyModifyEnd (they nest); change
 // notifications are then held back and delivered once when the outermost
-// bracket closes.
+// bracket closes. A take's keys arrive bracketed, one at a time, at the next
+// even step; that path is inline below and costs a few stores.
+//
+// Threads: a curve holds no state shared with other curves or with the scene,
+// and its listener (if any) runs on the thread that changes it. Different
+// curves may therefore be keyed, read and unrolled on different threads at
+// once, as long as each curve is touched by one thread only and nothing else
+// in the scene changes meanwhile. Making, finding or connecting curves is not
+// part of this: those change the scene.
 class FbxAnimCurve : public FbxObject {
     FBX_DECLARE_CLASS(FbxAnimCurve, FbxObject)
 
@@ -36,7 +45,7 @@ public:
     // Receives the changes (EKeyChange bits) since the last notification.
     using ChangeListener = std::function<void(FbxAnimCurve& curve, unsigned changes)>;
 
-    void KeyModifyBegin();
+    void KeyModifyBegin() { ++mModifyDepth; }
     void KeyModifyEnd();
     bool IsModifying() const { return mModifyDepth > 0; }
     void SetChangeListener(ChangeListener listener) { mListener = std::move(listener); }
@@ -151,6 +160,11 @@ private:
     float RightSlopeAt(int index) const;
     float NextLeftSlopeAt(int index) const;
     Key KeyAt(int index) const;
+    static FbxLongLong EvenTime(FbxLongLong first, FbxLongLong step, int index);
+    // Whether a key at time goes at the end, at the next even step, into columns that
+    // need nothing but a value and a small shared entry.
+    bool AppendsAtNextStep(FbxLongLong time) const;
+    int AddKey(FbxTime time, int* last);
     void SetTime(int index, FbxLongLong time);
     void SetShared(int index, FbxUInt32 shared);
     void SetSlope(std::vector<float>& column, int index, float slope);
@@ -166,6 +180,7 @@ private:
     void SetFlags(int index, FbxUInt32 flags);
     FbxAnimCurveKeyAttribute AttributeOf(const Key& key) const;
     void Notify(unsigned changes);
+    void Deliver(unsigned changes);
     int LowerBound(FbxTime time) const;
     float CubicSlope(int index, bool right) const;
 
@@ -192,3 +207,84 @@ private:
     mutable int mLastEvaluated = 0;  // where the last Evaluate found its time
     ChangeListener mListener;
 };
+
+inline FbxLongLong FbxAnimCurve::EvenTime(FbxLongLong first, FbxLongLong step, int index) {
+    // Evenly spaced times wrap like unsigned numbers, so no spacing is out of range.
+    return static_cast<FbxLongLong>(static_cast<FbxULongLong>(first) +
+                                    static_cast<FbxULongLong>(step) * static_cast<unsigned>(index));
+}
+
+inline FbxUInt32 FbxAnimCurve::SharedAt(int index) const {
+    const auto i = static_cast<size_t>(index);
+    return mSharedIsWide ? mSharedWide[i] : mSharedSmall[i];
+}
+
+inline void FbxAnimCurve::Notify(unsigned changes) {
+    if (mModifyDepth > 0) {
+        mPendingChanges |= changes;
+    } else if (mListener) {
+        Deliver(changes);
+    }
+}
+
+inline void FbxAnimCurve::KeyModifyEnd() {
+    if (mModifyDepth == 0 || --mModifyDepth > 0) {
+        return;
+    }
+    mLastEvaluated = 0;
+    const unsigned changes = std::exchange(mPendingChanges, 0u);
+    if (changes != 0 && mListener) {
+        Deliver(changes);
+    }
+}
+
+inline bool FbxAnimCurve::AppendsAtNextStep(FbxLongLong time) const {
+    if (mTimesListed || mKeyCount < 2 || mSharedIsWide || mDefaultShared > 0xFF ||
+        !mRightSlopes.empty() || !mNextLeftSlopes.empty()) {
+        return false;
+    }
+    const FbxLongLong previous = EvenTime(mTimeFirst, mTimeStep, mKeyCount - 1);
+    return time == EvenTime(previous, mTimeStep, 1) && time > previous;
+}
+
+inline int FbxAnimCurve::KeyAdd(FbxTime time, int* last) {
+    if (!AppendsAtNextStep(time.Get())) {
+        return AddKey(time, last);
+    }
+    mLastEvaluated = 0;
+    mValues.push_back(0.0f);
+    mSharedSmall.push_back(static_cast<uint8_t>(mDefaultShared));
+    const int index = mKeyCount++;
+    Notify(eKeyAdded);
+    return last ? (*last = index) : index;
+}
+
+inline void FbxAnimCurve::KeySetValue(int index, float value) {
+    if (Valid(index)) {
+        mValues[static_cast<size_t>(index)] = value;
+        Notify(eKeyValueChanged);
+    }
+}
+
+inline float FbxAnimCurve::KeyGetValue(int index) const {
+    return Valid(index) ? mValues[static_cast<size_t>(index)] : 0.0f;
+}
+
+// The weighting and velocity bits stay as they are: a linear key ignores them. A take
+// switches key after key from the same entry to the same flags: the last switch is reused.
+inline void FbxAnimCurve::KeySetInterpolation(int index,
+                                              FbxAnimCurveDef::EInterpolationType interpolation) {
+    if (!Valid(index)) {
+        return;
+    }
+    const FbxUInt32 shared = SharedAt(index);
+    const FbxUInt32 mask = FbxAnimCurveDef::kInterpolationMask;
+    const FbxUInt32 flags = (mShared[shared].flags & ~mask) | (interpolation & mask);
+    if (shared != mLastFlagChange.from || flags != mLastFlagChange.flags || mSharedIsWide ||
+        mLastFlagChange.to > 0xFF) {
+        SetFlags(index, flags);
+        return;
+    }
+    mSharedSmall[static_cast<size_t>(index)] = static_cast<uint8_t>(mLastFlagChange.to);
+    Notify(eKeyAttributeChanged);
+}

@@ -70,6 +70,34 @@ double NearestTurn(double value, double reference) {
     return value + 360.0 * RoundHalfAway((reference - value) / 360.0);
 }
 
+// Below this many degrees the quick candidate below carries rounding errors under a
+// millionth of a degree, and the integer conversions it makes cannot overflow.
+constexpr double kQuickRange = 1.0e6;
+
+// The direct candidate, when each axis, moved by whole turns, lands within 60 degrees of
+// ref. The flipped candidate is then more than 120 degrees off on the first and the last
+// axis, so it cannot be as close, and no quotient is near a half, so a rounded product
+// finds the same whole turns as the exact division. False, out untouched, otherwise.
+bool QuickDirect(FbxDouble3& out, const FbxDouble3& in, const FbxDouble3& ref) {
+    FbxDouble3 direct;
+    for (int i = 0; i < 3; ++i) {
+        if (!(std::abs(in[i]) < kQuickRange && std::abs(ref[i]) < kQuickRange)) {
+            return false;
+        }
+        const double d = ref[i] - in[i];
+        const double quotient = d * (1.0 / 360.0);
+        const auto turns = static_cast<double>(
+            static_cast<long long>(quotient < 0.0 ? quotient - 0.5 : quotient + 0.5));
+        if (!(std::abs(quotient - turns) < 1.0 / 6.0)) {
+            return false;
+        }
+        // As NearestTurn: no whole turn adds a zero with the sign of the quotient.
+        direct[i] = in[i] + 360.0 * std::copysign(turns, d);
+    }
+    out = direct;
+    return true;
+}
+
 double SquaredDistance(const FbxDouble3& a, const FbxDouble3& b) {
     double sum = 0.0;
     for (int i = 0; i < 3; ++i) {
@@ -82,10 +110,15 @@ double SquaredDistance(const FbxDouble3& a, const FbxDouble3& b) {
 // the outer angles matters; both move together toward the reference.
 void ResolveGimbalLock(FbxDouble3& out, const FbxDouble3& ref, int a, int b, int c,
                        bool evenOrder) {
-    // Most middle angles are nowhere near a quarter turn; those skip the exact test.
-    const double quarters = out[b] / 90.0;
-    if (std::abs(out[b]) < 1e9 && std::abs(quarters - RoundHalfAway(quarters)) > 1e-3) {
-        return;
+    // Most middle angles are nowhere near a quarter turn; those skip the exact test. A product
+    // will do for that: the angles it finds are within a millionth of a degree of one.
+    if (std::abs(out[b]) < 1e9) {
+        const double quarters = out[b] * (1.0 / 90.0);
+        const double fraction =
+            std::abs(quarters - static_cast<double>(static_cast<long long>(quarters)));
+        if (fraction > 1e-3 && fraction < 1.0 - 1e-3) {
+            return;
+        }
     }
     double middle = std::fmod(out[b], 360.0);
     if (middle < 0.0) {
@@ -161,6 +194,10 @@ bool FbxAnimCurveFilterUnroll::V2VRef(FbxDouble3& out, const FbxDouble3& in, con
     int a = 0, b = 1, c = 2;
     if (!FbxEuler::GetAxes(order, a, b, c)) {
         out = in;
+        return false;
+    }
+    if (QuickDirect(out, in, ref)) {
+        ResolveGimbalLock(out, ref, a, b, c, FbxEuler::IsParityEven(order));
         return false;
     }
     FbxDouble3 direct;
@@ -276,16 +313,29 @@ bool FbxAnimCurveFilterUnroll::Check(FbxAnimCurve** curves, int count, FbxStatus
 
 namespace {
 
+// Index of the first key of curve for which before(time) is false; keys are in time order.
+template <class Before>
+int FirstKeyNotBefore(const FbxAnimCurve& curve, Before before) {
+    int lo = 0;
+    int hi = curve.KeyGetCount();
+    while (lo < hi) {
+        const int mid = lo + (hi - lo) / 2;
+        if (before(curve.KeyGetTime(mid))) {
+            lo = mid + 1;
+        } else {
+            hi = mid;
+        }
+    }
+    return lo;
+}
+
 // Indices of the first and last keys of curve within span; first is -1 when none is.
 void SpanIndices(const FbxAnimCurve& curve, const FbxTimeSpan& span, int& first, int& last) {
-    first = -1;
-    last = -1;
-    for (int k = 0; k < curve.KeyGetCount(); ++k) {
-        const FbxTime t = curve.KeyGetTime(k);
-        if (span.GetStart() <= t && t <= span.GetStop()) {
-            first = first < 0 ? k : first;
-            last = k;
-        }
+    first = FirstKeyNotBefore(curve, [&](FbxTime t) { return t < span.GetStart(); });
+    last = FirstKeyNotBefore(curve, [&](FbxTime t) { return t <= span.GetStop(); }) - 1;
+    if (first > last) {
+        first = -1;
+        last = -1;
     }
 }
 
@@ -376,10 +426,9 @@ bool FbxAnimCurveFilterUnroll::Walk(FbxAnimCurve** curves, int first, int last, 
         for (int i = 0; i < 3 && !write; ++i) {
             changed = changed || static_cast<float>(out[i]) != curves[i]->KeyGetValue(j);
         }
-        const FbxVector4 from(ref[0], ref[1], ref[2], 1.0);
-        const FbxVector4 to(out[0], out[1], out[2], 1.0);
-        if (mTestForPath &&
-            InterpolationQualityFactor(from, to, mRotationOrder) < mQualityTolerance) {
+        if (mTestForPath && InterpolationQualityFactor(FbxVector4(ref[0], ref[1], ref[2], 1.0),
+                                                       FbxVector4(out[0], out[1], out[2], 1.0),
+                                                       mRotationOrder) < mQualityTolerance) {
             break;
         }
         ref = out;

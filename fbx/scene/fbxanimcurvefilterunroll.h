@@ -8,6 +8,13 @@
 // Removes Euler flips from the three curves (X, Y, Z, degrees) of a rotation:
 // each key's angle triple is replaced by the equivalent triple closest to the
 // one before it, so interpolation between keys takes the short way.
+//
+// Curves keyed at the same times are unrolled where they are: only their own
+// keys change, and no scene object is made or destroyed, so the rotations of
+// different nodes may be unrolled on different threads at once (each thread
+// with its own filter, or sharing one whose settings stay put). Curves keyed
+// at different times go through scratch curves made in the scene, which is
+// not for threads.
 class FbxAnimCurveFilterUnroll : public FbxAnimCurveFilter {
 public:
     FbxAnimCurveFilterUnroll();

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
+#include <limits>
 #include <vector>
 
 #include "fbx/scene/fbxanimcurvefilterkeysync.h"
@@ -130,6 +132,96 @@ TEST_F(FbxAnimCurveTest, KeysSurviveEveryStorageForm) {
     curve->KeyClear();
     expected.clear();
     check("cleared");
+}
+
+// Key 0 given 300 attributes in turn: more shared entries than a byte can name.
+void ManyAttributes(FbxAnimCurve* curve) {
+    for (int i = 0; i < 300; ++i) {
+        FbxAnimCurveKeyAttribute attribute;
+        attribute.mData[3] = static_cast<FbxUInt32>(i);
+        curve->KeySetAttribute(0, attribute);
+    }
+}
+
+// The exporter's bracketed key, at whatever time, must come out as the plain model of a
+// curve has it: a default key put in time order (or over the key at that time) with the
+// value and linear interpolation, every other key untouched, and one notification.
+TEST_F(FbxAnimCurveTest, TakeKeysLandAsThePlainModelHasThem) {
+    constexpr FbxLongLong kMax = std::numeric_limits<FbxLongLong>::max();
+    constexpr FbxLongLong kMin = std::numeric_limits<FbxLongLong>::min();
+    const struct {
+        const char* name;
+        std::vector<FbxLongLong> times;
+        void (*prepare)(FbxAnimCurve*);
+        std::vector<FbxLongLong> keyed;
+    } rows[] = {
+        {"empty", {}, nullptr, {0, 10, 20, 30}},
+        {"even", {0, 10, 20}, nullptr, {30, 40}},
+        {"gap", {0, 10, 20}, nullptr, {40, 50}},
+        {"again at the end", {0, 10, 20}, nullptr, {20, 30}},
+        {"before", {0, 10, 20}, nullptr, {5, -10, 30}},
+        // Listed times, the first keys evenly spaced, a removed key's time left behind.
+        {"uneven", {0, 10, 25, 99}, [](FbxAnimCurve* c) { c->KeyRemove(3); }, {30, 45}},
+        // A slope column, and a removed key's slope that must not come back with a new key.
+        {"slopes",
+         {0, 10, 20},
+         [](FbxAnimCurve* c) {
+             c->KeySetRightDerivative(1, -0.0f);
+             c->KeySetRightDerivative(2, 7.0f);
+             c->KeyRemove(2);
+         },
+         {20, 30}},
+        {"many attributes", {0, 10, 20}, ManyAttributes, {30, 40}},
+        // Entries past a byte remain after a clear; keys switched to one must still read it.
+        {"cleared after many attributes",
+         {0},
+         [](FbxAnimCurve* c) {
+             ManyAttributes(c);
+             c->KeySetAttribute(0, FbxAnimCurveKeyAttribute{});
+             c->KeySetInterpolation(0, FbxAnimCurveDef::eInterpolationLinear);
+             c->KeyClear();
+         },
+         {0, 10, 20, 30}},
+        // The next even step wraps past the largest time: it is the earliest time then.
+        {"wrapping steps", {kMax - 10, kMax - 5, kMax}, nullptr, {kMin + 4}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        FbxAnimCurve* curve = CurveWith(row.times);
+        if (row.prepare) row.prepare(curve);
+        std::vector<unsigned> received;
+        curve->SetChangeListener(
+            [&](FbxAnimCurve&, unsigned changes) { received.push_back(changes); });
+        std::vector<KeyView> expected = Keys(*curve);
+        for (size_t k = 0; k < row.keyed.size(); ++k) {
+            const FbxLongLong time = row.keyed[k];
+            const float value = 0.5f + static_cast<float>(k);
+            KeyView key{time, value, {}};
+            key.attribute.mFlags = 0x2104u;
+            const auto at =
+                std::lower_bound(expected.begin(), expected.end(), time,
+                                 [](const KeyView& view, FbxLongLong t) { return view.time < t; });
+            const auto index = at - expected.begin();
+            if (at != expected.end() && at->time == time) {
+                *at = key;
+            } else {
+                expected.insert(at, key);
+            }
+            curve->KeyModifyBegin();
+            const int added = curve->KeyAdd(FbxTime(time));
+            curve->KeySetValue(added, value);
+            curve->KeySetInterpolation(added, FbxAnimCurveDef::eInterpolationLinear);
+            curve->KeyModifyEnd();
+            EXPECT_EQ(added, index);
+            ASSERT_EQ(Keys(*curve), expected) << "after keying " << time;
+        }
+        EXPECT_EQ(received.size(), row.keyed.size());
+        for (unsigned changes : received) {
+            EXPECT_EQ(
+                changes & (FbxAnimCurve::eKeyValueChanged | FbxAnimCurve::eKeyAttributeChanged),
+                FbxAnimCurve::eKeyValueChanged | FbxAnimCurve::eKeyAttributeChanged);
+        }
+    }
 }
 
 // A take keyed frame by frame, linear keys, costs its values and a byte per key.

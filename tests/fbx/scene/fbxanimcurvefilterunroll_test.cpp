@@ -4,9 +4,12 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <numbers>
 #include <random>
+#include <thread>
 #include <vector>
 
 #include "fbx/scene/fbxanimcurve.h"
@@ -138,6 +141,117 @@ TEST(FbxUnrollV2VRefTest, NegativeZeroStaysNegative) {
     FbxAnimCurveFilterUnroll::V2VRef(out, FbxDouble3(-90, 0, 0), FbxDouble3(90, 0, 0),
                                      FbxEuler::eOrderXYZ);
     EXPECT_EQ(out, FbxDouble3(270, 0, 0));
+}
+
+// The unroll of one triple written as plainly as it reads: whole turns by an exact division
+// rounded half away from zero, the flipped form when it is not farther, then the gimbal-lock
+// split. The filter's own must give the same doubles bit for bit.
+bool PlainV2VRef(FbxDouble3& out, const FbxDouble3& in, const FbxDouble3& ref,
+                 FbxEuler::EOrder order) {
+    int a = 0, b = 1, c = 2;
+    FbxEuler::GetAxes(order, a, b, c);
+    const auto near = [](double value, double reference) {
+        return value + 360.0 * std::round((reference - value) / 360.0);
+    };
+    const auto squared = [&](const FbxDouble3& v) {
+        return (v[0] - ref[0]) * (v[0] - ref[0]) + (v[1] - ref[1]) * (v[1] - ref[1]) +
+               (v[2] - ref[2]) * (v[2] - ref[2]);
+    };
+    FbxDouble3 direct, flipped;
+    direct[a] = near(in[a], ref[a]);
+    direct[b] = near(in[b], ref[b]);
+    direct[c] = near(in[c], ref[c]);
+    flipped[a] = near(in[a] + 180.0, ref[a]);
+    flipped[b] = near(180.0 - in[b], ref[b]);
+    flipped[c] = near(in[c] + 180.0, ref[c]);
+    const bool takeFlipped = squared(flipped) <= squared(direct);
+    out = takeFlipped ? flipped : direct;
+    double middle = std::fmod(out[b], 360.0);
+    middle += middle < 0.0 ? 360.0 : 0.0;
+    const bool at90 = std::abs(middle - 90.0) < 1e-6;
+    const bool at270 = std::abs(middle - 270.0) < 1e-6;
+    const double da = ref[a] - out[a], dc = ref[c] - out[c];
+    if ((at90 || at270) && at90 == FbxEuler::IsParityEven(order)) {
+        out[a] += (da + dc) / 2.0;
+        out[c] += (da + dc) / 2.0;
+    } else if (at90 || at270) {
+        out[a] += (da - dc) / 2.0;
+        out[c] -= (da - dc) / 2.0;
+    }
+    return takeFlipped;
+}
+
+bool SameBits(const FbxDouble3& x, const FbxDouble3& y) {
+    for (int i = 0; i < 3; ++i) {
+        const bool same = std::isnan(x[i])
+                              ? std::isnan(y[i])
+                              : std::bit_cast<uint64_t>(x[i]) == std::bit_cast<uint64_t>(y[i]);
+        if (!same) return false;
+    }
+    return true;
+}
+
+// Takes move a little from key to key, wrap by whole turns, flip, sit at a quarter turn or
+// exactly half a turn from the reference; zeros carry either sign; values grow huge or are
+// not numbers at all. Every case, in every order, must come out as the plain formula has it.
+TEST(FbxUnrollV2VRefTest, SameBitsAsThePlainFormula) {
+    std::mt19937 random(31);
+    std::uniform_real_distribution<double> wide(-720.0, 720.0);
+    std::uniform_real_distribution<double> small(-70.0, 70.0);
+    const double special[] = {0.0,          -0.0,     90.0,      -90.0,      180.0,      -180.0,
+                              270.0,        360.0,    -540.0,    60.0,       -60.0,      1e-300,
+                              -1e-300,      1e6,      -1e6,      1e15,       -4.6e15,    1e300,
+                              std::nan(""), INFINITY, -INFINITY, 89.9999995, 269.9999999};
+    std::vector<std::pair<FbxDouble3, FbxDouble3>> cases;
+    for (int i = 0; i < 20000; ++i) {
+        FbxDouble3 in(wide(random), wide(random), wide(random));
+        FbxDouble3 ref = in;
+        for (int k = 0; k < 3; ++k) {
+            const double turns = 360.0 * (static_cast<int>(random() % 7) - 3);
+            const double sign = random() % 2 ? 1.0 : -1.0;
+            const double pick = special[random() % std::size(special)];
+            switch (random() % 6) {
+                case 0:
+                    ref[k] = wide(random);
+                    break;
+                case 1:
+                    ref[k] = in[k] + turns + 180.0 * sign;
+                    break;
+                case 2:
+                    ref[k] = pick;
+                    break;
+                case 3:
+                    in[k] = pick;
+                    ref[k] = pick + small(random);
+                    break;
+                case 4:
+                    ref[k] = in[k] + turns + 60.0 * sign;
+                    break;
+                default:
+                    ref[k] = in[k] + turns + small(random);
+            }
+        }
+        cases.emplace_back(in, ref);
+    }
+    for (double x : special) {
+        for (double y : special) {
+            cases.emplace_back(FbxDouble3(x, 90.0, y), FbxDouble3(y, -x, 0.0));
+            cases.emplace_back(FbxDouble3(x, y, -x), FbxDouble3(-0.0, x, 180.0));
+        }
+    }
+    int mismatches = 0;
+    for (FbxEuler::EOrder order : kOrders) {
+        for (const auto& [in, ref] : cases) {
+            FbxDouble3 out, expected;
+            const bool flipped = FbxAnimCurveFilterUnroll::V2VRef(out, in, ref, order);
+            const bool expectedFlip = PlainV2VRef(expected, in, ref, order);
+            if ((flipped != expectedFlip || !SameBits(out, expected)) && ++mismatches <= 5) {
+                ADD_FAILURE() << "order " << order << " in " << in[0] << " " << in[1] << " "
+                              << in[2] << " ref " << ref[0] << " " << ref[1] << " " << ref[2];
+            }
+        }
+    }
+    EXPECT_EQ(mismatches, 0);
 }
 
 TEST(FbxUnrollQualityTest, RatioOfRotationToAngleDistance) {
@@ -470,6 +584,65 @@ TEST_F(FbxUnrollTest, InPlaceAndCopiedRunsAgree) {
         }
     }
     EXPECT_FLOAT_EQ(mCurves[0]->KeyGetValue(5), 220.0f);
+}
+
+// Rotation curves of different nodes may be keyed and unrolled on different threads at once.
+// The unroll of curves keyed at the same times works where they are: it makes no scene
+// object (the next object made gets the very next id).
+TEST_F(FbxUnrollTest, NodesKeyedAndUnrolledOnThreadsAtOnce) {
+    constexpr int kNodes = 4;
+    constexpr int kFrames = 2000;
+    const auto take = [](int node, int frame, int axis) {
+        return static_cast<float>(std::remainder(
+            (1.5 + node) * frame * (axis + 1) + 40.0 * std::sin(0.01 * frame), 360.0));
+    };
+    const auto keyAndUnroll = [&](FbxAnimCurve** curves, int node) {
+        for (int frame = 0; frame < kFrames; ++frame) {
+            for (int axis = 0; axis < 3; ++axis) {
+                FbxAnimCurve* curve = curves[axis];
+                curve->KeyModifyBegin();
+                const int key = curve->KeyAdd(FbxTime(frame * 588000LL));
+                curve->KeySetValue(key, take(node, frame, axis));
+                curve->KeySetInterpolation(key, FbxAnimCurveDef::eInterpolationLinear);
+                curve->KeyModifyEnd();
+            }
+        }
+        FbxAnimCurveFilterUnroll filter;
+        return filter.Apply(curves, 3);
+    };
+    std::array<std::array<FbxAnimCurve*, 3>, kNodes> threaded{}, alone{};
+    for (int node = 0; node < kNodes; ++node) {
+        for (int axis = 0; axis < 3; ++axis) {
+            threaded[node][axis] = FbxAnimCurve::Create(mScene, "threaded");
+            alone[node][axis] = FbxAnimCurve::Create(mScene, "alone");
+        }
+    }
+    const FbxUInt64 idBefore = FbxAnimCurve::Create(mScene, "before")->GetUniqueID();
+    std::array<bool, kNodes> applied{};
+    std::vector<std::thread> threads;
+    for (int half = 0; half < 2; ++half) {
+        threads.emplace_back([&, half] {
+            for (int node = half; node < kNodes; node += 2) {
+                applied[node] = keyAndUnroll(threaded[node].data(), node);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(FbxAnimCurve::Create(mScene, "after")->GetUniqueID(), idBefore + 1);
+    for (int node = 0; node < kNodes; ++node) {
+        ASSERT_TRUE(applied[node]);
+        ASSERT_TRUE(keyAndUnroll(alone[node].data(), node));
+        for (int axis = 0; axis < 3; ++axis) {
+            ASSERT_EQ(threaded[node][axis]->KeyGetCount(), kFrames);
+            for (int key = 0; key < kFrames; ++key) {
+                ASSERT_EQ(std::bit_cast<uint32_t>(threaded[node][axis]->KeyGetValue(key)),
+                          std::bit_cast<uint32_t>(alone[node][axis]->KeyGetValue(key)))
+                    << "node " << node << " axis " << axis << " key " << key;
+            }
+        }
+    }
 }
 
 }  // namespace
