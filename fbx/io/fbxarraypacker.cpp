@@ -6,6 +6,8 @@
 #include <cstring>
 #include <utility>
 
+#include "fbx/io/fbxhelperthread.h"
+
 namespace {
 
 // Key times and values of a take alternate; a few entries hold both kinds and the odd
@@ -78,7 +80,7 @@ uint64_t FbxArrayPacker::Prepare(std::vector<uint8_t> raw, int level) {
         mJobs.push_back(job);
     }
     while (mWorkers.size() < static_cast<size_t>(mWorkerCount)) {
-        mWorkers.emplace_back([this] { Work(); });
+        mWorkers.push_back(FbxStartHelperThread([this] { Work(); }));
     }
     mChanged.notify_one();
     return job->ticket;

@@ -84,6 +84,7 @@ bool FbxFileStream::OpenReplacement(const FbxOutputPlace& place) {
         return false;
     }
     mBuffer.reserve(mCapacity);
+    if (mCapacity >= kWriteBehindBuffer) mWriteBehind.Start(mFd);
     return true;
 }
 
@@ -92,6 +93,11 @@ void FbxFileStream::Write(const void* data, size_t size) {
     const char* bytes = static_cast<const char*>(data);
     if (mDirect) {
         mBuffer.insert(mBuffer.end(), bytes, bytes + size);
+        return;
+    }
+    if (mWriteBehind.Running()) {
+        mBuffer.insert(mBuffer.end(), bytes, bytes + size);
+        if (mBuffer.size() >= mCapacity) FlushBehind();
         return;
     }
     if (mBuffer.size() + size > mCapacity) Flush();
@@ -111,7 +117,11 @@ void FbxFileStream::Patch(uint64_t position, const void* data, size_t size) {
     const char* bytes = static_cast<const char*>(data);
     if (position < mFlushed) {
         const size_t onDisk = static_cast<size_t>(std::min<uint64_t>(size, mFlushed - position));
-        if (!WriteAllAt(bytes, onDisk, position)) return;
+        if (mWriteBehind.Running()) {
+            mWriteBehind.Patch(position, bytes, onDisk);
+        } else if (!WriteAllAt(bytes, onDisk, position)) {
+            return;
+        }
         bytes += onDisk;
         size -= onDisk;
         position += onDisk;
@@ -139,6 +149,10 @@ bool FbxFileStream::CommitDirect() {
 // The data reaches the disk before the name does, so a crash of the machine never shows
 // an empty or partial file under the name; the folder is synced to keep the new name.
 bool FbxFileStream::CommitReplacement() {
+    if (mWriteBehind.Running()) {
+        FlushBehind();
+        if (const int error = mWriteBehind.Finish()) Fail(error);
+    }
     Flush();
     if (!Failed() && fsync(mFd) != 0) Fail(errno);
     if (!mTemporary.empty()) CloseDescriptor();
@@ -159,6 +173,8 @@ bool FbxFileStream::CommitReplacement() {
 }
 
 void FbxFileStream::Abort() {
+    if (mWriteBehind.Error() != 0) Fail(mWriteBehind.Error());
+    mWriteBehind.Stop();
     CloseDescriptor();
     if (!mTemporary.empty()) unlink(mTemporary.c_str());
     mTemporary.clear();
@@ -166,8 +182,8 @@ void FbxFileStream::Abort() {
 }
 
 std::string FbxFileStream::ErrorText() const {
-    if (!mErrno) return {};
-    return "Could not write " + mName + ": " + std::strerror(mErrno);
+    if (!Failed()) return {};
+    return "Could not write " + mName + ": " + std::strerror(Errno());
 }
 
 void FbxFileStream::Flush() {
@@ -176,8 +192,18 @@ void FbxFileStream::Flush() {
     mBuffer.clear();
 }
 
+// A write that failed behind the stream came first, whatever failed since.
 void FbxFileStream::Fail(int error) {
-    if (mErrno == 0) mErrno = error;
+    if (mErrno == 0) mErrno = mWriteBehind.Error() != 0 ? mWriteBehind.Error() : error;
+}
+
+// The buffer goes to the writing thread whole; the stream goes on in the empty one it gives
+// back.
+void FbxFileStream::FlushBehind() {
+    if (mBuffer.empty() || Failed()) return;
+    mFlushed += mBuffer.size();
+    mWriteBehind.Append(mBuffer);
+    mBuffer.reserve(mCapacity);
 }
 
 void FbxFileStream::CloseDescriptor() {
@@ -187,30 +213,13 @@ void FbxFileStream::CloseDescriptor() {
 }
 
 bool FbxFileStream::WriteAll(const char* data, size_t size) {
-    while (size > 0) {
-        const ssize_t written = write(mFd, data, size);
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) {
-            Fail(written < 0 ? errno : EIO);
-            return false;
-        }
-        data += written;
-        size -= static_cast<size_t>(written);
-    }
-    return true;
+    const int error = FbxWriteAll(mFd, data, size);
+    if (error != 0) Fail(error);
+    return error == 0;
 }
 
 bool FbxFileStream::WriteAllAt(const char* data, size_t size, uint64_t position) {
-    while (size > 0) {
-        const ssize_t written = pwrite(mFd, data, size, static_cast<off_t>(position));
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) {
-            Fail(written < 0 ? errno : EIO);
-            return false;
-        }
-        data += written;
-        position += static_cast<uint64_t>(written);
-        size -= static_cast<size_t>(written);
-    }
-    return true;
+    const int error = FbxWriteAllAt(mFd, data, size, position);
+    if (error != 0) Fail(error);
+    return error == 0;
 }

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "fbx/io/fbxwritebehind.h"
+
 struct FbxOutputPlace;
 
 // Buffered output file for the FBX writers.
@@ -18,9 +20,13 @@ struct FbxOutputPlace;
 //
 // Bytes already written can be overwritten with Patch(); the binary encoding uses it to fill
 // in record headers once a record's size is known. The first failing system call is kept
-// (Failed(), ErrorText()) and makes every later write a no-op.
+// (Failed(), ErrorText()) and makes every later write a no-op. With a buffer of at least
+// kWriteBehindBuffer bytes, a file's full buffers are written on a thread of their own (see
+// FbxWriteBehind); a failure there shows at a later call, at Commit() at the latest.
 class FbxFileStream {
 public:
+    static constexpr size_t kWriteBehindBuffer = 64 * 1024;
+
     explicit FbxFileStream(size_t bufferSize = 64 * 1024) { SetBufferSize(bufferSize); }
     ~FbxFileStream();
     FbxFileStream(const FbxFileStream&) = delete;
@@ -46,8 +52,8 @@ public:
     // Drops the unfinished file without touching the target.
     void Abort();
 
-    bool Failed() const { return mErrno != 0; }
-    int Errno() const { return mErrno; }
+    bool Failed() const { return Errno() != 0; }
+    int Errno() const { return mErrno != 0 ? mErrno : mWriteBehind.Error(); }
     // The first failure as a sentence naming the output and the system's reason ("Could not
     // write /data/take.fbx: No space left on device"); empty while nothing failed.
     std::string ErrorText() const;
@@ -61,6 +67,7 @@ private:
     void CloseDescriptor();
     bool WriteAll(const char* data, size_t size);
     bool WriteAllAt(const char* data, size_t size, uint64_t position);
+    void FlushBehind();
 
     std::vector<char> mBuffer;
     size_t mCapacity = 1;
@@ -71,4 +78,5 @@ private:
     std::string mName;       // the output as the caller named it, for messages
     std::string mTarget;     // the file that is replaced: the name with links followed
     std::string mTemporary;  // the replacement's name where it cannot be unnamed
+    FbxWriteBehind mWriteBehind;
 };

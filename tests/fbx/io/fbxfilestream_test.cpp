@@ -70,6 +70,54 @@ TEST(FbxFileStream, RefusalsNameTheOutputAndTheReason) {
     EXPECT_EQ("Could not write : No such file or directory", WriteThrough(""));
 }
 
+// Buffers written on the stream's own thread land in order with every patch, whether a patch
+// meets bytes written long ago, bytes on their way, or bytes still buffered; a refused write
+// there fails the commit as it would on the caller's thread. Both buffer sizes must agree.
+TEST(FbxFileStream, WritesBehindLandInOrderAndFailAsTheyWouldInPlace) {
+    std::string expected(1 << 20, '\0');
+    for (size_t i = 0; i < expected.size(); ++i) expected[i] = static_cast<char>('a' + i * 7 % 26);
+    for (const size_t buffer : {size_t{8}, FbxFileStream::kWriteBehindBuffer}) {
+        SCOPED_TRACE(buffer);
+        TempDir dir;
+        const std::string target = dir.File("take.fbx");
+        std::ofstream(target) << "old";
+        const auto write = [&](FbxFileStream& stream) {
+            std::string patched = expected;
+            for (size_t at = 0, piece = 1; at < expected.size();
+                 at += piece, piece = piece * 3 % 200001) {
+                piece = std::min(piece + 1, expected.size() - at);
+                stream.Write(expected.data() + at, piece);
+                // Headers patched at the start, just behind the end, and across both.
+                for (const size_t back : {at, at / 2, size_t{5}}) {
+                    const size_t from = at - std::min(back, at);
+                    stream.Patch(from, "#", 1);
+                    patched[from] = '#';
+                }
+            }
+            return patched;
+        };
+        FbxFileStream stream(buffer);
+        ASSERT_TRUE(stream.Open(target));
+        const std::string patched = write(stream);
+        ASSERT_TRUE(stream.Commit()) << stream.ErrorText();
+        EXPECT_TRUE(ReadText(target) == patched);
+        EXPECT_EQ(Strings{"take.fbx"}, dir.Entries());
+
+        std::ofstream(target) << "old";
+        std::string error;
+        fbxtest::WithFileSizeLimit(300000, [&] {
+            FbxFileStream limited(buffer);
+            ASSERT_TRUE(limited.Open(target));
+            write(limited);
+            EXPECT_FALSE(limited.Commit());
+            error = limited.ErrorText();
+        });
+        EXPECT_EQ("Could not write " + target + ": File too large", error);
+        EXPECT_EQ("old", ReadText(target));
+        EXPECT_EQ(Strings{"take.fbx"}, dir.Entries());
+    }
+}
+
 // A process killed in the middle of a write leaves the old file and nothing beside it.
 TEST(FbxFileStream, KilledWriteLeavesNothing) {
     TempDir dir;
