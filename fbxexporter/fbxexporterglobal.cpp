@@ -14,8 +14,8 @@ struct SegmentState {
     NuQuaternion orientation;
 };
 
-SegmentState hostSegment(const ZavoPoseObject& pose, int i) {
-    return {firstThree(pose.pos_g(i)), pose.q_gb(i, PoseBase_Global)};
+SegmentState hostSegment(const ZavoPoseObject& pose, const NuVector& position, int i) {
+    return {firstThree(position), pose.q_gb(i, PoseBase_Global)};
 }
 
 // Exported finger k of both hands.
@@ -86,12 +86,12 @@ bool FbxExporterGlobal::exportFrame(int frame) {
     const std::optional<KeyedFrame> keyed = prepareFrame(frame);
     if (!keyed) return true;
     const ZavoPoseObject& pose = keyed->pose;
-    const nuvia::Vector3 pelvis = toFbxAxes(nuvia::Vector3(pose.pos_g(0)));
+    const nuvia::Vector3 pelvis = toFbxAxes(nuvia::Vector3(keyed->position(0)));
     const int hostSegments = pose.segmentStateCount();
     nuvia::Vector3 euler;
     for (int i = 0; i < segmentCount(); ++i) {
-        const SegmentState s =
-            i < hostSegments ? hostSegment(pose, i) : fingerJoint(pose, i - hostSegments);
+        const SegmentState s = i < hostSegments ? hostSegment(pose, keyed->position(i), i)
+                                                : fingerJoint(pose, i - hostSegments);
         // Walking on the spot keeps every segment's horizontal position relative to the pelvis
         // of the same frame.
         nuvia::Vector3 p = toFbxAxes(s.position);

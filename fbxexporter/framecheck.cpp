@@ -30,12 +30,27 @@ bool isUsablePosition(const NuVector& position, double scale, bool mayBeEmpty) {
 
 }  // namespace
 
+const NuVector& NuFbxExporter::KeyedFrame::position(int i) const {
+    static const NuVector none;
+    return i >= 0 && static_cast<size_t>(i) < positions.size() ? positions[static_cast<size_t>(i)]
+                                                               : none;
+}
+
 bool NuFbxExporter::isUsablePose(const ZavoPoseObject& pose) const {
+    std::vector<NuVector> positions;
+    return readUsablePose(pose, positions);
+}
+
+bool NuFbxExporter::readUsablePose(const ZavoPoseObject& pose,
+                                   std::vector<NuVector>& positions) const {
     if (!pose.isValid() || pose.segmentStateCount() <= 0) return false;
     const bool objects = !m_host.hasBody();
+    positions.resize(static_cast<size_t>(pose.segmentStateCount()));
     for (int i = 0; i < pose.segmentStateCount(); ++i) {
+        NuVector& position = positions[static_cast<size_t>(i)];
+        position = pose.pos_g(i);
         const NuQuaternion q = pose.q_gb(i, PoseBase_Global);
-        if (!isUsablePosition(pose.pos_g(i), m_settings.outputScale, objects) ||
+        if (!isUsablePosition(position, m_settings.outputScale, objects) ||
             !isUsableOrientation(q.w, q.x, q.y, q.z)) {
             return false;
         }
@@ -84,6 +99,7 @@ void NuFbxExporter::forgetPoses() {
     m_hostPoseFrame.reset();
     m_hostPose = {};
     m_calibrationPose = {};
+    m_framePositions.clear();
 }
 
 bool NuFbxExporter::useThisFrame(int frame) {
@@ -98,7 +114,7 @@ std::optional<NuFbxExporter::KeyedFrame> NuFbxExporter::prepareFrame(int frame) 
     // The first frame fixes the start of the keys, whether or not its pose is usable.
     const FbxTime time = m_timing.next(frame, hostPose(frame));
     const ZavoPoseObject& pose = framePose(frame);
-    if (!isUsablePose(pose)) {
+    if (!readUsablePose(pose, m_framePositions)) {
         m_counts.unusable();
         m_lastError = tr("Received invalid pose data");
         return std::nullopt;
@@ -106,5 +122,5 @@ std::optional<NuFbxExporter::KeyedFrame> NuFbxExporter::prepareFrame(int frame) 
     if (frame == m_timing.firstFrame()) m_animationStart = time;
     m_animationStop = time;
     m_counts.keyed(time);
-    return KeyedFrame{time, pose};
+    return KeyedFrame{time, pose, m_framePositions};
 }

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include <zavo/abstractexporter.h>
 #include <zavo/abstractsettingssynchronizer.h>
@@ -61,11 +62,15 @@ public:
     void setKeyingThread(bool use) { m_keyingThreadWanted = use; }
 
 protected:
-    // An exported frame ready to key: its key time and the pose to key, which lasts until the
-    // next frame.
+    // An exported frame ready to key: its key time and the pose to key with its segment
+    // positions, read once (the host makes each anew); they last until the next frame.
     struct KeyedFrame {
         FbxTime time;
         const ZavoPoseObject& pose;
+        const std::vector<NuVector>& positions;
+
+        // The position of segment `i`, empty for a segment the pose does not have.
+        const NuVector& position(int i) const;
     };
 
     AbstractZavoStudioPluginInterface& host() const { return m_host; }
@@ -109,6 +114,8 @@ private:
     // The pose keyed for `frame`: the calibration pose stands in for the first exported frame
     // when asked to and when it is usable.
     const ZavoPoseObject& framePose(int frame);
+    // isUsablePose(), keeping the segment positions read in `positions`.
+    bool readUsablePose(const ZavoPoseObject& pose, std::vector<NuVector>& positions) const;
     // Lets go of the poses of the frame last exported, which the next run must not see.
     void forgetPoses();
     // Why finalize would write a file without a node or without a key; empty when it would not.
@@ -134,7 +141,8 @@ private:
     std::optional<int> m_hostPoseFrame;  // whose pose m_hostPose is
     ZavoPoseObject m_hostPose;
     ZavoPoseObject m_calibrationPose;
-    int32_t m_exportedFrameCount = 0;  // room each new curve reserves
+    std::vector<NuVector> m_framePositions;  // of the pose keyed last
+    int32_t m_exportedFrameCount = 0;        // room each new curve reserves
     FbxTime m_animationStart;
     FbxTime m_animationStop;
     bool m_keyingThreadWanted = true;

@@ -55,7 +55,7 @@ bool NuFbxExporter::exportObjectFrame(int frame) {
     nuvia::Vector3 euler;
     for (int i = 0; i < segmentCount(); ++i) {
         // An empty pose places every object at the origin with a zero orientation.
-        const NuVector position = keyed->pose.pos_g(i);
+        const NuVector& position = keyed->position(i);
         const nuvia::Vector3 p = position.size() == 0 ? nuvia::Vector3() : firstThree(position);
         keyTranslation(i, keyed->time, toFbxAxes(p));
         r.setQuatMulQuat(objectTurn(), keyed->pose.q_gb(i, PoseBase_Global));

@@ -126,9 +126,14 @@ const NuVector& PoseTransformFbx::hostPosition(int segment) const {
 }
 
 void PoseTransformFbx::transform(const ZavoPoseObject& pose) {
-    m_hostPositions.resize(static_cast<size_t>(std::max(pose.segmentStateCount(), 0)));
-    for (size_t i = 0; i < m_hostPositions.size(); ++i)
-        m_hostPositions[i] = pose.pos_g(static_cast<int>(i));
+    m_readPositions.resize(static_cast<size_t>(std::max(pose.segmentStateCount(), 0)));
+    for (size_t i = 0; i < m_readPositions.size(); ++i)
+        m_readPositions[i] = pose.pos_g(static_cast<int>(i));
+    transform(pose, m_readPositions);
+}
+
+void PoseTransformFbx::transform(const ZavoPoseObject& pose, std::span<const NuVector> positions) {
+    m_hostPositions = positions;
     // Export order puts parents first, so a parent's global orientation of this frame is
     // stored before its children need it.
     for (int code : m_segmentMap) {

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <span>
 #include <vector>
 
 #include <zavo/kexjointarray.h>
@@ -33,6 +34,8 @@ public:
     // not cover keeps its previous values. Throws NuException when a root segment's position is
     // not three elements long.
     void transform(const ZavoPoseObject& pose);
+    // The same for a pose whose segment positions were read already, one per segment.
+    void transform(const ZavoPoseObject& pose, std::span<const NuVector> positions);
 
 private:
     struct Hand {
@@ -61,8 +64,9 @@ private:
     std::vector<int> m_fingerParents;
     std::vector<int> m_leftFingerPoseIndex;
     std::vector<int> m_rightFingerPoseIndex;
-    // The positions of the pose under transform, read once: the host makes each one anew.
-    std::vector<NuVector> m_hostPositions;
+    // The positions of the pose under transform(), read once: the host makes each anew.
+    std::span<const NuVector> m_hostPositions;
+    std::vector<NuVector> m_readPositions;
     // Indexed by pose index.
     std::vector<nuvia::Vector3> m_translations;
     std::vector<nuvia::Quaternion> m_globalOrientations;
