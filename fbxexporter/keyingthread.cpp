@@ -11,6 +11,8 @@ constexpr size_t KeysBetweenCancelChecks = 512;
 
 KeyingThread::KeyingThread(KeyBatch keyBatch) : m_keyBatch(std::move(keyBatch)) {
     m_filling.reserve(BatchKeys);
+    // Room for every batch that can be in flight: returning one never allocates on the thread.
+    m_spare.reserve(MaxQueuedBatches + 2);
     m_thread = std::thread([this] { run(); });
 }
 
