@@ -68,11 +68,32 @@ int FbxArrayPacker::DefaultWorkers() {
     return std::clamp(threads - 1, 0, 3);
 }
 
+std::vector<uint8_t> FbxArrayPacker::Buffer() {
+    if (mSpareRaw.empty()) return {};
+    std::vector<uint8_t> buffer = std::move(mSpareRaw.back());
+    mSpareRaw.pop_back();
+    return buffer;
+}
+
+void FbxArrayPacker::Recycle(Entry& entry) {
+    const size_t spares = kPreparedPerThread * static_cast<size_t>(mWorkerCount + 1);
+    if (entry.raw.capacity() > 0 && mSpareRaw.size() < spares) {
+        mSpareRaw.push_back(std::move(entry.raw));
+    }
+    if (entry.packed.capacity() > 0 && mSparePacked.size() < spares) {
+        mSparePacked.push_back(std::move(entry.packed));
+    }
+}
+
 uint64_t FbxArrayPacker::Prepare(std::vector<uint8_t> raw, int level) {
     if (mWorkerCount == 0 || raw.size() > kLargestRemembered) return 0;
     auto job = std::make_shared<Job>();
     job->entry.level = level;
     job->entry.raw = std::move(raw);
+    if (!mSparePacked.empty()) {
+        job->entry.packed = std::move(mSparePacked.back());
+        mSparePacked.pop_back();
+    }
     {
         const std::lock_guard lock(mMutex);
         if (mJobs.size() >= kPreparedPerThread * static_cast<size_t>(mWorkerCount + 1)) return 0;
@@ -163,6 +184,7 @@ const std::vector<uint8_t>* FbxArrayPacker::PackPrepared(uint64_t ticket) {
         return &mPacked;
     }
     Entry& kept = Victim();
+    Recycle(kept);
     kept = std::move(job->entry);
     kept.lastUse = ++mUses;
     return &kept.packed;

@@ -29,6 +29,9 @@ public:
     // One fewer than the processor's threads, at most three: the writer keeps one.
     static int DefaultWorkers();
 
+    // A buffer for the bytes of an array to Prepare: one the packer is done with, its old bytes
+    // still in it so that resizing it to an array of the same size costs nothing.
+    std::vector<uint8_t> Buffer();
     // Starts compressing raw at a zlib level. Returns the ticket PackPrepared takes, or 0 when
     // nothing was started (no workers, an array too large, or enough prepared arrays wait).
     uint64_t Prepare(std::vector<uint8_t> raw, int level);
@@ -65,6 +68,7 @@ private:
     };
 
     Entry& Victim();
+    void Recycle(Entry& entry);
     std::shared_ptr<Job> NextUntaken();
     void Finish(Job& job, std::unique_lock<std::mutex>& lock);
     static void Run(Job& job, Compressor& compressor);
@@ -74,6 +78,10 @@ private:
     uint64_t mUses = 0;
     std::vector<Entry> mEntries;
     std::vector<uint8_t> mPacked;  // arrays too large to remember
+    // Buffers of forgotten arrays, for the next prepared ones: fresh memory would be cleared
+    // by the system page by page and then again by the vector.
+    std::vector<std::vector<uint8_t>> mSpareRaw;
+    std::vector<std::vector<uint8_t>> mSparePacked;
 
     const int mWorkerCount;
     std::vector<std::thread> mWorkers;  // started by the first Prepare

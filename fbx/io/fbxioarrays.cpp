@@ -71,7 +71,8 @@ bool FbxIO::Compresses(uint64_t rawBytes) const {
 uint64_t FbxIO::PrepareArrayF(size_t count, const ArraySource<float>& source) {
     const uint64_t bytes = uint64_t{count} * sizeof(float);
     if (!mBinary || !source || bytes > kMaxArrayBytes || !Compresses(bytes)) return 0;
-    std::vector<uint8_t> raw(count * sizeof(float));
+    std::vector<uint8_t> raw = mArrayPacker.Buffer();
+    raw.resize(count * sizeof(float));
     for (size_t first = 0; first < count; first += kChunkElements) {
         source(reinterpret_cast<float*>(raw.data()) + first, first,
                std::min(kChunkElements, count - first));

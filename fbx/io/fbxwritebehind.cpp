@@ -1,7 +1,9 @@
 #include "fbx/io/fbxwritebehind.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -40,6 +42,7 @@ int FbxWriteAllAt(int fd, const char* data, size_t size, uint64_t position) {
 void FbxWriteBehind::Start(int fd) {
     Stop();
     mFd = fd;
+    mWritten = static_cast<uint64_t>(std::max<off_t>(lseek(fd, 0, SEEK_CUR), 0));
     mStopping = false;
     mThread = FbxStartHelperThread([this] { Work(); });
 }
@@ -108,9 +111,20 @@ void FbxWriteBehind::Work() {
     }
 }
 
+// After each buffer the system is asked to start putting it on the disk, so that the sync
+// before the file takes its name waits for the last buffers only. Where it cannot be asked,
+// the sync does all of it, as without the request.
 void FbxWriteBehind::Make(const Write& write) {
-    const int error =
-        write.patch ? FbxWriteAllAt(mFd, write.bytes.data(), write.bytes.size(), write.position)
-                    : FbxWriteAll(mFd, write.bytes.data(), write.bytes.size());
+    if (write.patch) {
+        Keep(FbxWriteAllAt(mFd, write.bytes.data(), write.bytes.size(), write.position));
+        return;
+    }
+    Keep(FbxWriteAll(mFd, write.bytes.data(), write.bytes.size()));
+    sync_file_range(mFd, static_cast<off_t>(mWritten), static_cast<off_t>(write.bytes.size()),
+                    SYNC_FILE_RANGE_WRITE);
+    mWritten += write.bytes.size();
+}
+
+void FbxWriteBehind::Keep(int error) {
     if (error != 0) mError.store(error, std::memory_order_release);
 }

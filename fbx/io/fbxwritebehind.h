@@ -53,9 +53,11 @@ private:
 
     void Work();
     void Make(const Write& write);
+    void Keep(int error);
     int End(bool drop);
 
     int mFd = -1;
+    uint64_t mWritten = 0;  // offset of the next appended buffer
     std::thread mThread;
     std::mutex mMutex;
     std::condition_variable mChanged;
