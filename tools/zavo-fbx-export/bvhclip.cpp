@@ -1,5 +1,7 @@
 #include "bvhclip.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
@@ -13,7 +15,6 @@
 #include <unordered_map>
 
 #include "bvhmotion.h"
-#include "mappedfile.h"
 #include "takeerror.h"
 
 namespace {
@@ -352,6 +353,37 @@ bool plainlyNoBvh(std::string_view head) {
     return !equalsIgnoringCase(std::string_view(word, head.end()).substr(0, 9), "HIERARCHY");
 }
 
+// The bytes of a regular file, or 0 for a file of another kind.
+size_t regularFileSize(const std::string& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+    return static_cast<size_t>(status.st_size);
+}
+
+// The text of a BVH file, read rather than mapped: a mapped file cut short while it is parsed
+// would end the program with a bus error. The first block comes alone, so that a device or a
+// file of another kind ends there rather than filling the memory; a regular file's rest follows
+// in one read, anything written since in further blocks.
+std::string readBvhText(std::ifstream& file, const std::string& path) {
+    std::string text;
+    std::string block(1 << 16, '\0');
+    while (file.read(block.data(), static_cast<std::streamsize>(block.size())) ||
+           file.gcount() > 0) {
+        const bool first = text.empty();
+        text.append(block.data(), static_cast<size_t>(file.gcount()));
+        if (!first) continue;
+        if (plainlyNoBvh(text)) return text;
+        if (const size_t size = regularFileSize(path); size > text.size()) {
+            const size_t read = text.size();
+            text.resize(size);
+            file.read(text.data() + read, static_cast<std::streamsize>(size - read));
+            text.resize(read + static_cast<size_t>(file.gcount()));
+        }
+    }
+    if (file.bad()) throw TakeError(path + ": cannot read");
+    return text;
+}
+
 // Most numbers of a clip are short decimals such as -12.3456: their digits make an integer
 // and their decimals a power of ten that a double holds exactly, so that one division rounds
 // the number just as the library's reading does, only faster. False for any other word.
@@ -401,28 +433,10 @@ BvhClip parseBvh(std::string_view text, const std::string& name, int motionParts
 }
 
 BvhClip readBvhFile(const std::string& path) {
-    if (const MappedFile mapped(path); !mapped.empty()) {
-        try {
-            return parseBvh(mapped.text(), path);
-        } catch (const std::bad_alloc&) {
-            throw TakeError(path + ": too large to read into memory");
-        }
-    }
     std::ifstream file(path, std::ios::binary);
     if (!file) throw TakeError(path + ": cannot open");
     try {
-        // Read in blocks, so that a device or a file of another kind ends at its first block
-        // rather than filling the memory.
-        std::string text;
-        std::string block(1 << 16, '\0');
-        while (file.read(block.data(), static_cast<std::streamsize>(block.size())) ||
-               file.gcount() > 0) {
-            const bool first = text.empty();
-            text.append(block.data(), static_cast<size_t>(file.gcount()));
-            if (first && plainlyNoBvh(text)) return parseBvh(text, path);
-        }
-        if (file.bad()) throw TakeError(path + ": cannot read");
-        return parseBvh(text, path);
+        return parseBvh(readBvhText(file, path), path);
     } catch (const std::bad_alloc&) {
         throw TakeError(path + ": too large to read into memory");
     }
