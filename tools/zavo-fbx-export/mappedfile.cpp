@@ -13,7 +13,7 @@ MappedFile::MappedFile(const std::string& path) {
         const auto size = static_cast<size_t>(status.st_size);
         void* data = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
         if (data != MAP_FAILED) {
-            // The parser reads the text once, front to back.
+            // The file is read once, front to back.
             ::madvise(data, size, MADV_SEQUENTIAL);
             m_data = data;
             m_size = size;

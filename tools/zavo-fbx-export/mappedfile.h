@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-// The text of a regular file, mapped read-only rather than copied: a clip of hundreds of
-// megabytes is parsed where the system keeps it.
+// The bytes of a regular file, mapped read-only rather than copied: an export of hundreds of
+// megabytes is counted where the system keeps it.
 class MappedFile {
 public:
     // Maps `path`; empty when it is no regular file, is empty or cannot be mapped, for the

@@ -54,8 +54,9 @@ struct Take {
     std::vector<TakeJoint> joints;
     std::optional<TakePose> nullPose;
     std::vector<std::optional<TakePose>> frames;  // host frame 0, 1, ...; empty: no pose
-    // A generated take too long to hold computes each pose when asked for instead: the pose of
-    // host frame 0 to computedFrames - 1. Empty: the poses are those of `frames`.
+    // A take too long to hold (the demo take, a BVH clip) computes each pose when asked for
+    // instead: the pose of host frame 0 to computedFrames - 1, from any thread. Empty: the
+    // poses are those of `frames`.
     std::function<TakePose(int)> computePose;
     int computedFrames = 0;
 
