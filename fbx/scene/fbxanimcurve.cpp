@@ -247,7 +247,7 @@ int FbxAnimCurve::LowerBound(FbxTime time) const {
                             mTimes.begin());
 }
 
-// Everything but an append at the next even step.
+// Everything but a plain append (AppendsPlainly).
 int FbxAnimCurve::AddKey(FbxTime time, int* last) {
     mLastEvaluated = 0;
     const Key key = DefaultKey(time);
@@ -332,6 +332,15 @@ void FbxAnimCurve::SetFlags(int index, FbxUInt32 flags) {
     }
     SetShared(index, mLastFlagChange.to);
     Notify(eKeyAttributeChanged);
+}
+
+// The weighting and velocity bits stay as they are: a linear key ignores them.
+void FbxAnimCurve::SwitchInterpolation(int index,
+                                       FbxAnimCurveDef::EInterpolationType interpolation) {
+    const FbxUInt32 shared = SharedAt(index);
+    const FbxUInt32 mask = FbxAnimCurveDef::kInterpolationMask;
+    SetFlags(index, (mShared[shared].flags & ~mask) | (interpolation & mask));
+    mLastInterpolation = {shared, static_cast<FbxUInt32>(interpolation), SharedAt(index)};
 }
 
 void FbxAnimCurve::KeySetFlags(int index, FbxUInt32 flags) {
@@ -582,6 +591,7 @@ void FbxAnimCurve::CopyFrom(const FbxAnimCurve& source, bool withKeys) {
     mRecentShared = source.mRecentShared;
     mDefaultShared = source.mDefaultShared;
     mLastFlagChange = source.mLastFlagChange;
+    mLastInterpolation = source.mLastInterpolation;
     mKeyCount = source.mKeyCount;
     mValues = source.mValues;
     mTimesListed = source.mTimesListed;

@@ -23,8 +23,8 @@
 //
 // Changes may be bracketed by KeyModifyBegin/KeyModifyEnd (they nest); change
 // notifications are then held back and delivered once when the outermost
-// bracket closes. A take's keys arrive bracketed, one at a time, at the next
-// even step; that path is inline below and costs a few stores.
+// bracket closes. A take's keys arrive bracketed, one at a time, each after the
+// last; that path is inline below and costs a few stores.
 //
 // Threads: a curve holds no state shared with other curves or with the scene,
 // and its listener (if any) runs on the thread that changes it. Different
@@ -161,9 +161,9 @@ private:
     float NextLeftSlopeAt(int index) const;
     Key KeyAt(int index) const;
     static FbxLongLong EvenTime(FbxLongLong first, FbxLongLong step, int index);
-    // Whether a key at time goes at the end, at the next even step, into columns that
-    // need nothing but a value and a small shared entry.
-    bool AppendsAtNextStep(FbxLongLong time) const;
+    // Whether a key at time goes at the end, after the last key, into columns that need
+    // nothing but a value, a small shared entry and, once times are listed, the time.
+    bool AppendsPlainly(FbxLongLong time) const;
     int AddKey(FbxTime time, int* last);
     void SetTime(int index, FbxLongLong time);
     void SetShared(int index, FbxUInt32 shared);
@@ -178,33 +178,39 @@ private:
     Key MakeKey(FbxTime time, const FbxAnimCurveKeyAttribute& attribute);
     Key DefaultKey(FbxTime time);
     void SetFlags(int index, FbxUInt32 flags);
+    void SwitchInterpolation(int index, FbxAnimCurveDef::EInterpolationType interpolation);
     FbxAnimCurveKeyAttribute AttributeOf(const Key& key) const;
     void Notify(unsigned changes);
     void Deliver(unsigned changes);
     int LowerBound(FbxTime time) const;
     float CubicSlope(int index, bool right) const;
 
+    // What a take's appended key reads and writes comes first, on few cache lines: a
+    // take keys hundreds of curves in turn, frame after frame.
     int mKeyCount = 0;
-    std::vector<float> mValues;
-    // Times are mTimeFirst + index * mTimeStep (wrapping) until mTimesListed.
-    bool mTimesListed = false;
-    FbxLongLong mTimeFirst = 0;
-    FbxLongLong mTimeStep = 0;
-    std::vector<FbxLongLong> mTimes;
-    std::vector<float> mRightSlopes;     // empty: all zero
-    std::vector<float> mNextLeftSlopes;  // empty: all zero
-    std::vector<uint8_t> mSharedSmall;   // while fewer than 256 shared entries
-    std::vector<FbxUInt32> mSharedWide;  // once more
-    bool mSharedIsWide = false;
-    std::vector<SharedAttribute> mShared;
-    std::unordered_map<FbxULongLong, std::vector<FbxUInt32>> mSharedIndex;  // by hash
-    std::array<FbxUInt32, 2> mRecentShared = {0, 0};
-    FbxUInt32 mDefaultShared = kNoShared;
-    FlagChange mLastFlagChange;
-    float mDefaultValue = 0.0f;
     int mModifyDepth = 0;
     unsigned mPendingChanges = 0;
     mutable int mLastEvaluated = 0;  // where the last Evaluate found its time
+    // Times are mTimeFirst + index * mTimeStep (wrapping) until mTimesListed.
+    bool mTimesListed = false;
+    bool mSharedIsWide = false;
+    FbxUInt32 mDefaultShared = kNoShared;
+    // The last interpolation change: its flags field holds the interpolation asked for.
+    FlagChange mLastInterpolation;
+    FbxLongLong mTimeFirst = 0;
+    FbxLongLong mTimeStep = 0;
+    std::vector<float> mValues;
+    std::vector<FbxLongLong> mTimes;
+    std::vector<uint8_t> mSharedSmall;   // while fewer than 256 shared entries
+    std::vector<float> mRightSlopes;     // empty: all zero
+    std::vector<float> mNextLeftSlopes;  // empty: all zero
+
+    std::vector<FbxUInt32> mSharedWide;  // from the 257th entry on
+    std::vector<SharedAttribute> mShared;
+    std::unordered_map<FbxULongLong, std::vector<FbxUInt32>> mSharedIndex;  // by hash
+    std::array<FbxUInt32, 2> mRecentShared = {0, 0};
+    FlagChange mLastFlagChange;
+    float mDefaultValue = 0.0f;
     ChangeListener mListener;
 };
 
@@ -238,20 +244,26 @@ inline void FbxAnimCurve::KeyModifyEnd() {
     }
 }
 
-inline bool FbxAnimCurve::AppendsAtNextStep(FbxLongLong time) const {
-    if (mTimesListed || mKeyCount < 2 || mSharedIsWide || mDefaultShared > 0xFF ||
-        !mRightSlopes.empty() || !mNextLeftSlopes.empty()) {
+inline bool FbxAnimCurve::AppendsPlainly(FbxLongLong time) const {
+    if (mKeyCount < 2 || mSharedIsWide || mDefaultShared > 0xFF || !mRightSlopes.empty() ||
+        !mNextLeftSlopes.empty()) {
         return false;
+    }
+    if (mTimesListed) {
+        return time > mTimes.back();
     }
     const FbxLongLong previous = EvenTime(mTimeFirst, mTimeStep, mKeyCount - 1);
     return time == EvenTime(previous, mTimeStep, 1) && time > previous;
 }
 
 inline int FbxAnimCurve::KeyAdd(FbxTime time, int* last) {
-    if (!AppendsAtNextStep(time.Get())) {
+    if (!AppendsPlainly(time.Get())) {
         return AddKey(time, last);
     }
     mLastEvaluated = 0;
+    if (mTimesListed) {
+        mTimes.push_back(time.Get());
+    }
     mValues.push_back(0.0f);
     mSharedSmall.push_back(static_cast<uint8_t>(mDefaultShared));
     const int index = mKeyCount++;
@@ -270,21 +282,19 @@ inline float FbxAnimCurve::KeyGetValue(int index) const {
     return Valid(index) ? mValues[static_cast<size_t>(index)] : 0.0f;
 }
 
-// The weighting and velocity bits stay as they are: a linear key ignores them. A take
-// switches key after key from the same entry to the same flags: the last switch is reused.
+// A take switches key after key from the same entry to the same interpolation: the last
+// switch is reused without looking at the entry.
 inline void FbxAnimCurve::KeySetInterpolation(int index,
                                               FbxAnimCurveDef::EInterpolationType interpolation) {
     if (!Valid(index)) {
         return;
     }
-    const FbxUInt32 shared = SharedAt(index);
-    const FbxUInt32 mask = FbxAnimCurveDef::kInterpolationMask;
-    const FbxUInt32 flags = (mShared[shared].flags & ~mask) | (interpolation & mask);
-    if (shared != mLastFlagChange.from || flags != mLastFlagChange.flags || mSharedIsWide ||
-        mLastFlagChange.to > 0xFF) {
-        SetFlags(index, flags);
+    if (mSharedIsWide || mSharedSmall[static_cast<size_t>(index)] != mLastInterpolation.from ||
+        static_cast<FbxUInt32>(interpolation) != mLastInterpolation.flags ||
+        mLastInterpolation.to > 0xFF) {
+        SwitchInterpolation(index, interpolation);
         return;
     }
-    mSharedSmall[static_cast<size_t>(index)] = static_cast<uint8_t>(mLastFlagChange.to);
+    mSharedSmall[static_cast<size_t>(index)] = static_cast<uint8_t>(mLastInterpolation.to);
     Notify(eKeyAttributeChanged);
 }

@@ -74,27 +74,36 @@ double NearestTurn(double value, double reference) {
 // millionth of a degree, and the integer conversions it makes cannot overflow.
 constexpr double kQuickRange = 1.0e6;
 
-// The direct candidate, when each axis, moved by whole turns, lands within 60 degrees of
-// ref. The flipped candidate is then more than 120 degrees off on the first and the last
-// axis, so it cannot be as close, and no quotient is near a half, so a rounded product
-// finds the same whole turns as the exact division. False, out untouched, otherwise.
-bool QuickDirect(FbxDouble3& out, const FbxDouble3& in, const FbxDouble3& ref) {
-    FbxDouble3 direct;
-    for (int i = 0; i < 3; ++i) {
-        if (!(std::abs(in[i]) < kQuickRange && std::abs(ref[i]) < kQuickRange)) {
-            return false;
-        }
-        const double d = ref[i] - in[i];
-        const double quotient = d * (1.0 / 360.0);
-        const auto turns = static_cast<double>(
-            static_cast<long long>(quotient < 0.0 ? quotient - 0.5 : quotient + 0.5));
-        if (!(std::abs(quotient - turns) < 1.0 / 6.0)) {
-            return false;
-        }
-        // As NearestTurn: no whole turn adds a zero with the sign of the quotient.
-        direct[i] = in[i] + 360.0 * std::copysign(turns, d);
+// One axis of the direct candidate when it lands within 60 degrees of reference: no quotient
+// is near a half then, so a rounded product finds the same whole turns as the exact
+// division. False when that is not certain.
+inline bool QuickTurn(double value, double reference, double& turned) {
+    if (!(std::abs(value) < kQuickRange && std::abs(reference) < kQuickRange)) {
+        return false;
     }
-    out = direct;
+    const double d = reference - value;
+    const double quotient = d * (1.0 / 360.0);
+    // Rounded without a branch: the sign of a step between keys is anyone's guess.
+    const auto turns =
+        static_cast<double>(static_cast<long long>(quotient + std::copysign(0.5, quotient)));
+    if (!(std::abs(quotient - turns) < 1.0 / 6.0)) {
+        return false;
+    }
+    // As NearestTurn: no whole turn adds a zero with the sign of the quotient.
+    turned = value + 360.0 * std::copysign(turns, d);
+    return true;
+}
+
+// The direct candidate when each axis, moved by whole turns, lands within 60 degrees of ref.
+// The flipped candidate is then more than 120 degrees off on the first and the last axis,
+// so it cannot be as close. False, out untouched, otherwise.
+bool QuickDirect(FbxDouble3& out, const FbxDouble3& in, const FbxDouble3& ref) {
+    double x = 0.0, y = 0.0, z = 0.0;
+    if (!QuickTurn(in[0], ref[0], x) || !QuickTurn(in[1], ref[1], y) ||
+        !QuickTurn(in[2], ref[2], z)) {
+        return false;
+    }
+    out = FbxDouble3(x, y, z);
     return true;
 }
 
@@ -106,19 +115,25 @@ double SquaredDistance(const FbxDouble3& a, const FbxDouble3& b) {
     return sum;
 }
 
+// Most middle angles are nowhere near a quarter turn; those skip the exact gimbal-lock
+// test. A product will do for that: the angles the test finds are within a millionth of a
+// degree of one.
+inline bool MaybeQuarterTurn(double angle) {
+    if (!(std::abs(angle) < 1e9)) {
+        return true;
+    }
+    const double quarters = angle * (1.0 / 90.0);
+    const double fraction =
+        std::abs(quarters - static_cast<double>(static_cast<long long>(quarters)));
+    return fraction <= 1e-3 || fraction >= 1.0 - 1e-3;
+}
+
 // With the middle angle at 90 or 270 degrees only the sum or the difference of
 // the outer angles matters; both move together toward the reference.
 void ResolveGimbalLock(FbxDouble3& out, const FbxDouble3& ref, int a, int b, int c,
                        bool evenOrder) {
-    // Most middle angles are nowhere near a quarter turn; those skip the exact test. A product
-    // will do for that: the angles it finds are within a millionth of a degree of one.
-    if (std::abs(out[b]) < 1e9) {
-        const double quarters = out[b] * (1.0 / 90.0);
-        const double fraction =
-            std::abs(quarters - static_cast<double>(static_cast<long long>(quarters)));
-        if (fraction > 1e-3 && fraction < 1.0 - 1e-3) {
-            return;
-        }
+    if (!MaybeQuarterTurn(out[b])) {
+        return;
     }
     double middle = std::fmod(out[b], 360.0);
     if (middle < 0.0) {
@@ -197,7 +212,9 @@ bool FbxAnimCurveFilterUnroll::V2VRef(FbxDouble3& out, const FbxDouble3& in, con
         return false;
     }
     if (QuickDirect(out, in, ref)) {
-        ResolveGimbalLock(out, ref, a, b, c, FbxEuler::IsParityEven(order));
+        if (MaybeQuarterTurn(out[b])) {
+            ResolveGimbalLock(out, ref, a, b, c, FbxEuler::IsParityEven(order));
+        }
         return false;
     }
     FbxDouble3 direct;

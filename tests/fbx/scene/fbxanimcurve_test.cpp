@@ -172,6 +172,21 @@ TEST_F(FbxAnimCurveTest, TakeKeysLandAsThePlainModelHasThem) {
          },
          {20, 30}},
         {"many attributes", {0, 10, 20}, ManyAttributes, {30, 40}},
+        // The entry column widened behind keys once switched; what it held must not count.
+        {"switched, then many attributes",
+         {0, 10, 20, 30, 40},
+         [](FbxAnimCurve* c) {
+             c->KeySetInterpolation(2, FbxAnimCurveDef::eInterpolationLinear);
+             c->KeyRemove(3, 4);
+             ManyAttributes(c);
+         },
+         {30, 40}},
+        {"constant last",
+         {0, 10, 20},
+         [](FbxAnimCurve* c) {
+             c->KeySetInterpolation(2, FbxAnimCurveDef::eInterpolationConstant);
+         },
+         {30, 40}},
         // Entries past a byte remain after a clear; keys switched to one must still read it.
         {"cleared after many attributes",
          {0},
