@@ -11,11 +11,11 @@
 #include <fstream>
 #include <new>
 #include <numbers>
-#include <thread>
 #include <unordered_map>
 
 #include "bvhmotion.h"
 #include "takeerror.h"
+#include "usablecores.h"
 
 namespace {
 
@@ -301,7 +301,7 @@ private:
         constexpr size_t leastPart = 4 << 20;
         const size_t bytes = m_text.size() - m_lexer.position();
         return static_cast<int>(std::clamp<size_t>(
-            std::min<size_t>(bytes / leastPart, std::thread::hardware_concurrency()), 1, 8));
+            std::min<size_t>(bytes / leastPart, static_cast<size_t>(usableCores())), 1, 8));
     }
 
     // Checks a run of frame lines read ahead, from line `line` and frame `frame` on, the way a

@@ -1,5 +1,7 @@
 #include "poselookahead.h"
 
+#include "usablecores.h"
+
 PoseLookAhead::PoseLookAhead(std::function<TakePose(int)> compute, int frameCount, int depth)
     : m_compute(std::move(compute)),
       m_frameCount(frameCount),
@@ -19,7 +21,7 @@ PoseLookAhead::~PoseLookAhead() {
 }
 
 int PoseLookAhead::defaultDepth() {
-    return std::thread::hardware_concurrency() > 1 ? 64 : 0;
+    return usableCores() > 1 ? 64 : 0;
 }
 
 std::shared_ptr<const TakePose> PoseLookAhead::pose(int frame) {
