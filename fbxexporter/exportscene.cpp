@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <thread>
 
 #include "fbx/io/fbxiosettings.h"
 #include "fbx/scene/fbxanimcurve.h"
@@ -131,8 +130,7 @@ void ExportScene::unrollRotations() {
             unroll(curves);
         }
     }
-    parallelFor(inPlace.size(), std::thread::hardware_concurrency(),
-                [&inPlace](size_t i) { unroll(inPlace[i]); });
+    parallelFor(inPlace.size(), m_unrollThreads, [&inPlace](size_t i) { unroll(inPlace[i]); });
 }
 
 void ExportScene::close(bool saved) {

@@ -35,6 +35,8 @@ public:
     FbxAnimLayer* layer() const { return m_layer; }
     // Plays the scene at `rate` frames per second in `mode`.
     void setTimeMode(FbxTime::EMode mode, double rate);
+    // How many threads unroll the rotation curves of different nodes at once.
+    void setUnrollThreads(unsigned threads) { m_unrollThreads = threads; }
 
     // Replaces the names of the animated nodes, in keying order.
     void setSegmentNames(const QStringList& names);
@@ -65,4 +67,5 @@ private:
     QStringList m_segmentNames;
     std::vector<FbxString> m_nodeNames;
     std::vector<AnimatedSegment> m_segments;  // by segment; made on first use
+    unsigned m_unrollThreads = 1;
 };

@@ -57,9 +57,9 @@ public:
     // with every key of the frames exported so far.
     const ExportScene& sceneUnderWay() const;
 
-    // Whether later runs key on a thread of their own (the default on a machine with more
-    // than one processor thread); off, the host's thread makes every key itself.
-    void setKeyingThread(bool use) { m_keyingThreadWanted = use; }
+    // Whether later runs key on a thread of their own and unroll on every processor thread
+    // (the default); off, the host's thread does all of it. The file is the same.
+    void setHelperThreads(bool use) { m_helperThreadsWanted = use; }
 
 protected:
     // An exported frame ready to key: its key time and the pose to key with its segment
@@ -145,7 +145,7 @@ private:
     int32_t m_exportedFrameCount = 0;        // room each new curve reserves
     FbxTime m_animationStart;
     FbxTime m_animationStop;
-    bool m_keyingThreadWanted = true;
+    bool m_helperThreadsWanted = true;
     // Ended before the scene it keys into goes.
     std::unique_ptr<KeyingThread> m_keying;
 };

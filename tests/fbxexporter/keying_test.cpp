@@ -28,10 +28,11 @@ struct Outcome {
     bool operator==(const Outcome&) const = default;
 };
 
-// Exports a take deterministically with keys made on their own thread or on the host's.
+// Exports a take deterministically with keys made and curves unrolled on threads of their own,
+// or all on the host's thread.
 template <class Exporter>
 Outcome exportTake(const TakeShape& shape, const std::function<void(FakeHost&)>& adjust,
-                   bool keyingThread) {
+                   bool helperThreads) {
     FakeHost host;
     loadRigidTake(host, shape);
     host.settings.values = {{"exportFormat", "binary"}};
@@ -39,7 +40,7 @@ Outcome exportTake(const TakeShape& shape, const std::function<void(FakeHost&)>&
     QTemporaryDir dir;
     const QString file = dir.filePath("take.fbx");
     Probe<Exporter> probe(host);
-    probe.setKeyingThread(keyingThread);
+    probe.setHelperThreads(helperThreads);
     qputenv("ZAVO_FBX_DETERMINISTIC", "1");
     probe.run(file);
     Outcome outcome;
@@ -58,7 +59,7 @@ ChannelKey keyOfSegment(int segment) {
 }  // namespace
 
 // Takes long enough for many batches, so that the host's thread waits for the keying one.
-TEST(KeyingThreadRun, SameFileAsKeyingOnTheHostsThread) {
+TEST(KeyingThreadRun, SameFileAsAllOnTheHostsThread) {
     const auto fingersAndProps = TakeShape{.frames = 600, .fingers = true, .props = 2};
     const auto unusableAndColliding = [](FakeHost& h) {
         h.frames[3]->valid = false;
@@ -67,6 +68,8 @@ TEST(KeyingThreadRun, SameFileAsKeyingOnTheHostsThread) {
         h.frames[250].reset();
     };
     const auto withoutBody = [](FakeHost& h) { h.body = false; };
+    // Two segments keying one node, whose curves are then unrolled twice.
+    const auto sharedName = [](FakeHost& h) { h.names[5] = h.names[4]; };
     const auto nothingUsable = [](FakeHost& h) {
         for (auto& f : h.frames) f->valid = false;
     };
@@ -74,6 +77,7 @@ TEST(KeyingThreadRun, SameFileAsKeyingOnTheHostsThread) {
         runs = {{"skeleton", true, fingersAndProps, {}},
                 {"skeleton, lost frames", true, {.frames = 300}, unusableAndColliding},
                 {"nodes", false, fingersAndProps, unusableAndColliding},
+                {"nodes, a name shared", false, {.frames = 300}, sharedName},
                 {"skeleton without a body", true, {.frames = 300, .props = 3}, withoutBody},
                 {"nodes without a body", false, {.frames = 300, .props = 3}, withoutBody},
                 {"nothing usable", true, {.frames = 300}, nothingUsable}};
@@ -93,7 +97,7 @@ TEST(KeyingThreadRun, CancelledAndAbandonedRunsLeaveNoFile) {
     loadRigidTake(host, {.frames = 600, .fingers = true});
     {
         LocalProbe probe(host);
-        probe.setKeyingThread(true);
+        probe.setHelperThreads(true);
         probe.run(file);
         EXPECT_TRUE(probe.finalize(true));
         EXPECT_EQ(probe.scene(), nullptr);
@@ -106,7 +110,7 @@ TEST(KeyingThreadRun, CancelledAndAbandonedRunsLeaveNoFile) {
     {
         // A host that drops the exporter in the middle of a run.
         LocalProbe probe(host);
-        probe.setKeyingThread(true);
+        probe.setHelperThreads(true);
         probe.run(file);
     }
     EXPECT_FALSE(QFile::exists(file));
