@@ -83,8 +83,12 @@ bool FbxFileStream::OpenReplacement(const FbxOutputPlace& place) {
         Fail(errno);
         return false;
     }
-    mBuffer.reserve(mCapacity);
-    if (mCapacity >= kWriteBehindBuffer) mWriteBehind.Start(mFd);
+    mBehindPiece = 0;
+    if (mCapacity >= kWriteBehindBuffer) {
+        mBehindPiece = std::min(mCapacity, kWriteBehindPiece);
+        mWriteBehind.Start(mFd);
+    }
+    mBuffer.reserve(mWriteBehind.Running() ? mBehindPiece : mCapacity);
     return true;
 }
 
@@ -97,7 +101,7 @@ void FbxFileStream::Write(const void* data, size_t size) {
     }
     if (mWriteBehind.Running()) {
         mBuffer.insert(mBuffer.end(), bytes, bytes + size);
-        if (mBuffer.size() >= mCapacity) FlushBehind();
+        if (mBuffer.size() >= mBehindPiece) FlushBehind();
         return;
     }
     if (mBuffer.size() + size > mCapacity) Flush();
@@ -203,7 +207,7 @@ void FbxFileStream::FlushBehind() {
     if (mBuffer.empty() || Failed()) return;
     mFlushed += mBuffer.size();
     mWriteBehind.Append(mBuffer);
-    mBuffer.reserve(mCapacity);
+    mBuffer.reserve(mBehindPiece);
 }
 
 void FbxFileStream::CloseDescriptor() {

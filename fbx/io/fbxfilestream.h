@@ -21,11 +21,14 @@ struct FbxOutputPlace;
 // Bytes already written can be overwritten with Patch(); the binary encoding uses it to fill
 // in record headers once a record's size is known. The first failing system call is kept
 // (Failed(), ErrorText()) and makes every later write a no-op. With a buffer of at least
-// kWriteBehindBuffer bytes, a file's full buffers are written on a thread of their own (see
-// FbxWriteBehind); a failure there shows at a later call, at Commit() at the latest.
+// kWriteBehindBuffer bytes, a file's bytes are written on a thread of their own (see
+// FbxWriteBehind) in pieces of at most kWriteBehindPiece, small enough that little is left to
+// write when the file is committed; a failure there shows at a later call, at Commit() at the
+// latest.
 class FbxFileStream {
 public:
     static constexpr size_t kWriteBehindBuffer = 64 * 1024;
+    static constexpr size_t kWriteBehindPiece = 2 * 1024 * 1024;
 
     explicit FbxFileStream(size_t bufferSize = 64 * 1024) { SetBufferSize(bufferSize); }
     ~FbxFileStream();
@@ -71,6 +74,7 @@ private:
 
     std::vector<char> mBuffer;
     size_t mCapacity = 1;
+    size_t mBehindPiece = 0;  // bytes handed to the writing thread at once
     uint64_t mFlushed = 0;
     int mFd = -1;
     int mErrno = 0;
