@@ -165,15 +165,12 @@ TEST(BvhReader, ReadsTheSameNumbersInAnyNumberOfParts) {
     ASSERT_FALSE(lf.empty());
     const BvhClip whole = parseBvh(lf, "run.bvh", 1);
     ASSERT_EQ(whole.values.size(), 173u * 96u);
-    for (const std::string end : {"\n", "\r\n", "\r"}) {
+    for (const auto& [label, end] : {std::pair{"LF", "\n"}, {"CRLF", "\r\n"}, {"CR", "\r"}}) {
         const std::string text = withLineEnds(lf, end);
         for (const int parts : {1, 2, 3, 7, 400}) {
             const BvhClip clip = parseBvh(text, "run.bvh", parts);
             EXPECT_EQ(clip.frameCount, whole.frameCount);
-            EXPECT_TRUE(clip.values == whole.values) << parts << " parts, line ends "
-                                                     << (end == "\n"   ? "LF"
-                                                         : end == "\r" ? "CR"
-                                                                       : "CRLF");
+            EXPECT_TRUE(clip.values == whole.values) << parts << " parts, " << label;
         }
     }
 }
@@ -181,29 +178,12 @@ TEST(BvhReader, ReadsTheSameNumbersInAnyNumberOfParts) {
 // Short decimals take a quicker road than the library's reading; both give the same double to
 // the last bit, and words that are no such decimal are left to the library.
 TEST(BvhReader, ReadsNumbersToTheBitAsTheLibraryDoes) {
-    std::vector<std::string> words = {"0",
-                                      "-0",
-                                      "-0.0000",
-                                      "7",
-                                      "123456789012345",
-                                      "1234567890123456",
-                                      "999999999999999.9",
-                                      "0.000000000000001",
-                                      "000000000000001.5",
-                                      "0.30000000000000004",
-                                      "-179.99999999999",
-                                      ".5",
-                                      "5.",
-                                      "-.5",
-                                      "1.2.3",
-                                      "--1",
-                                      "-",
-                                      ".",
-                                      "1e5",
-                                      "2.5E-3",
-                                      "0x10",
-                                      "1,5",
-                                      "+2.25"};
+    std::vector<std::string> words;
+    std::istringstream table(
+        "0 -0 -0.0000 7 123456789012345 1234567890123456 999999999999999.9 0.000000000000001 "
+        "000000000000001.5 0.30000000000000004 -179.99999999999 .5 5. -.5 1.2.3 --1 - . 1e5 "
+        "2.5E-3 0x10 1,5 +2.25");
+    for (std::string word; table >> word;) words.push_back(word);
     std::mt19937_64 random(2024);
     for (int i = 0; i < 20000; ++i) {
         const int whole = static_cast<int>(random() % 8), decimals = static_cast<int>(random() % 9);
