@@ -24,8 +24,8 @@
 // One export run of a take into an FBX file. The host calls initialize(), exportFrame() for
 // every frame in order, then finalize() exactly once (also after a failed initialize), all on
 // its own thread. The run owns the FBX manager, and with it every FBX object, until finalize.
-// Where the machine has a second processor thread, the keys go into the scene on a thread of
-// the run's own while the host's thread reads the next frames; the file is the same.
+// Where the process may run on a second processor thread, the keys go into the scene on a
+// thread of the run's own while the host's thread reads the next frames; the file is the same.
 //
 // Subclasses supply the scene's content: initScene() builds the nodes once, exportFrame() keys
 // them. They select and time frames with useThisFrame() and prepareFrame().
@@ -120,7 +120,7 @@ private:
     void forgetPoses();
     // Why finalize would write a file without a node or without a key; empty when it would not.
     QString nothingToExport() const;
-    // Starts the keying thread where one is wanted and the machine has a second processor.
+    // Starts the keying thread where one is wanted and the process has a second processor.
     void startKeying();
     // Ends the keying thread: a cancelled run drops the keys not made yet, others make them
     // all. What made the keying fail, or null.
