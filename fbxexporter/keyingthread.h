@@ -41,7 +41,13 @@ public:
 
     // Queues a key; waits while the thread is several batches behind.
     void add(const ChannelKey& key) {
-        m_filling.push_back(key);
+        // Field by field: a copy of the whole key would read it back from where it was just
+        // put together, which stalls the host's thread on every key.
+        ChannelKey& slot = m_filling.emplace_back();
+        slot.segment = key.segment;
+        slot.channel = key.channel;
+        slot.time = key.time;
+        for (int i = 0; i < 3; ++i) slot.values[i] = key.values[i];
         if (m_filling.size() >= BatchKeys) handOver();
     }
     // Throws what made the keying fail, if anything did; it then stopped at the failing key.
