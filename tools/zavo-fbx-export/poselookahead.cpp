@@ -29,12 +29,14 @@ std::shared_ptr<const TakePose> PoseLookAhead::pose(int frame) {
     std::shared_ptr<const TakePose> pose;
     if (m_depth > 0) {
         std::unique_lock lock(m_mutex);
-        if (frame > m_asked && frame <= m_asked + m_depth) {
+        if (frame > m_asked && frame < m_next) {
             pose = takeAhead(lock, frame);
         } else {
-            // A jump: the second thread drops what it is computing and goes on after `frame`.
+            // Not begun on the second thread (it lags, or the exporter jumped): computed here
+            // rather than waited for, and the second thread goes on after it. What it is
+            // computing now is dropped unless it is the frame before.
+            if (frame != m_next) ++m_restarts;
             m_next = frame + 1;
-            ++m_restarts;
         }
         m_asked = frame;
         // Woken only when there is room for a batch: a wake-up per frame would cost more than
@@ -47,16 +49,11 @@ std::shared_ptr<const TakePose> PoseLookAhead::pose(int frame) {
     return pose;
 }
 
-// Waits for `frame`, which the second thread has computed or will compute next: the frames
-// before it are not needed any more, so their room is free.
+// Waits for `frame`, which the second thread has computed or is computing.
 std::shared_ptr<const TakePose> PoseLookAhead::takeAhead(std::unique_lock<std::mutex>& lock,
                                                          int frame) {
     Slot& slot = m_slots[static_cast<size_t>(frame % m_depth)];
-    if (slot.frame != frame) {
-        m_asked = frame - 1;
-        m_roomFreed.notify_one();
-        m_poseReady.wait(lock, [&] { return slot.frame == frame; });
-    }
+    m_poseReady.wait(lock, [&] { return slot.frame == frame; });
     slot.frame = -1;
     return std::move(slot.pose);
 }

@@ -11,9 +11,10 @@
 
 // The poses of a computed take, worked out on a second thread a few frames ahead of the one
 // the exporter keys: the exporter asks for the frames in order, each several times in a row.
-// A frame asked for out of that order (the first frames again, a jump) is computed on the
-// asking thread, and the look-ahead goes on after it. Each pose is computed by the same code
-// whichever thread runs it, so it is the same to the bit.
+// A frame the second thread has not begun (the first frames again, a jump, a second thread
+// kept from running) is computed on the asking thread, and the look-ahead goes on after it.
+// Each pose is computed by the same code whichever thread runs it, so it is the same to the
+// bit.
 class PoseLookAhead {
 public:
     // Poses of frames 0 to frameCount - 1 by `compute`, which must be safe to call from another
@@ -51,7 +52,8 @@ private:
     std::condition_variable m_poseReady;
     std::condition_variable m_roomFreed;
     std::vector<Slot> m_slots;  // frame f in slot f % depth
-    // The second thread computes frames m_next to m_asked + depth, in order, into their slots.
+    // Frames m_asked + 1 to m_next - 1 are computed or being computed; the second thread goes
+    // on up to m_asked + depth, in order, each into its slot.
     int m_asked = -1;
     int m_next = 0;
     int m_restarts = 0;  // a pose begun before the last jump is dropped, not stored
