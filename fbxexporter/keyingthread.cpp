@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "fbx/io/fbxhelperthread.h"
+
 namespace {
 
 // Keys made between two looks at a cancel: a few frames of a full body.
@@ -13,7 +15,7 @@ KeyingThread::KeyingThread(KeyBatch keyBatch) : m_keyBatch(std::move(keyBatch)) 
     m_filling.reserve(BatchKeys);
     // Room for every batch that can be in flight: returning one never allocates on the thread.
     m_spare.reserve(MaxQueuedBatches + 2);
-    m_thread = std::thread([this] { run(); });
+    m_thread = FbxStartHelperThread([this] { run(); });
 }
 
 KeyingThread::~KeyingThread() {

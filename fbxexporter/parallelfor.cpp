@@ -8,6 +8,8 @@
 #include <thread>
 #include <vector>
 
+#include "fbx/io/fbxhelperthread.h"
+
 void parallelFor(size_t count, unsigned threads, const std::function<void(size_t)>& work) {
     std::atomic<size_t> next = 0;
     std::mutex failureMutex;
@@ -26,7 +28,7 @@ void parallelFor(size_t count, unsigned threads, const std::function<void(size_t
     std::vector<std::thread> helpers;
     const size_t wanted = std::min<size_t>(std::max(threads, 1u), count);
     try {
-        for (size_t t = 1; t < wanted; ++t) helpers.emplace_back(drain);
+        for (size_t t = 1; t < wanted; ++t) helpers.push_back(FbxStartHelperThread(drain));
     } catch (const std::system_error&) {
         // Fewer helpers than asked for only make the work take longer.
     }

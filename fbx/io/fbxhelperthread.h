@@ -5,9 +5,9 @@
 #include <thread>
 #include <utility>
 
-// Starts a thread of the writer's own that leaves every signal to the host's threads. A stop
-// signal then never lands in a helper while the host's thread holds it back around a step
-// that must not be cut short (putting the finished file in place).
+// Starts a helper thread (the writer's, the export run's) that leaves every signal to the host's
+// threads. A stop signal then never lands in a helper while the host's thread holds it back
+// around a step that must not be cut short (putting the finished file in place).
 template <typename Body>
 std::thread FbxStartHelperThread(Body&& body) {
     sigset_t all;

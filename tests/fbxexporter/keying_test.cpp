@@ -1,6 +1,7 @@
 // Keys made on a thread of their own: the same file as keys made by the host's thread, runs
 // that end early, and failures that reach the host.
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -116,9 +117,14 @@ TEST(KeyingThreadRun, CancelledAndAbandonedRunsLeaveNoFile) {
     EXPECT_FALSE(QFile::exists(file));
 }
 
+// The keying thread takes no signals either: the host's stop signals are its own threads'.
 TEST(KeyingThread, KeysInOrderAcrossBatches) {
     std::vector<int> keyed;
-    KeyingThread keying([&keyed](std::span<const ChannelKey> keys) {
+    bool takesSignals = false;
+    KeyingThread keying([&keyed, &takesSignals](std::span<const ChannelKey> keys) {
+        sigset_t mask;
+        pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+        takesSignals = takesSignals || !sigismember(&mask, SIGINT);
         for (const ChannelKey& key : keys) keyed.push_back(key.segment);
     });
     std::vector<int> added(50000);
@@ -130,6 +136,7 @@ TEST(KeyingThread, KeysInOrderAcrossBatches) {
     for (int i = 30000; i < 50000; ++i) keying.add(keyOfSegment(i));
     keying.finish();
     EXPECT_EQ(keyed, added);
+    EXPECT_FALSE(takesSignals);
 }
 
 // The failing key is the last one tried; the host hears of the failure until the run ends.

@@ -5,6 +5,7 @@
 #include <future>
 
 #include "bvhclip.h"
+#include "signalsheldback.h"
 
 namespace {
 
@@ -72,8 +73,11 @@ std::vector<BvhFrameLines> readBvhFrameLines(std::string_view text, int parts, s
         return readRun(text.substr(starts[k], bytes), most, reserve);
     };
     std::vector<std::future<BvhFrameLines>> others;
-    for (size_t k = 1; k + 1 < starts.size(); ++k)
-        others.push_back(std::async(std::launch::async, run, k));
+    {
+        const SignalsHeldBack helpersTakeNoSignals;
+        for (size_t k = 1; k + 1 < starts.size(); ++k)
+            others.push_back(std::async(std::launch::async, run, k));
+    }
     std::vector<BvhFrameLines> runs;
     runs.push_back(run(0));
     for (auto& other : others) runs.push_back(other.get());

@@ -1,5 +1,6 @@
 #include "poselookahead.h"
 
+#include "signalsheldback.h"
 #include "usablecores.h"
 
 PoseLookAhead::PoseLookAhead(std::function<TakePose(int)> compute, int frameCount, int depth)
@@ -7,7 +8,10 @@ PoseLookAhead::PoseLookAhead(std::function<TakePose(int)> compute, int frameCoun
       m_frameCount(frameCount),
       m_depth(depth),
       m_slots(static_cast<size_t>(depth)) {
-    if (depth > 0) m_worker = std::thread([this] { work(); });
+    if (depth > 0) {
+        const SignalsHeldBack helperTakesNoSignals;
+        m_worker = std::thread([this] { work(); });
+    }
 }
 
 PoseLookAhead::~PoseLookAhead() {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <csignal>
 #include <cstring>
 
@@ -43,6 +44,12 @@ bool outputReplaced() {
 }
 
 void exitNow(int signal) {
+    // Stop signals arriving in two threads at once end the program once: the later handler
+    // waits for the first one's exit.
+    static std::atomic_flag ending = ATOMIC_FLAG_INIT;
+    if (ending.test_and_set()) {
+        for (;;) ::pause();
+    }
     if (outputReplaced()) {
         g_saved.write();
         ::_exit(0);

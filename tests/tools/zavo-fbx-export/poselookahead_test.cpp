@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <signal.h>
+
 #include <atomic>
 #include <chrono>
 #include <cstring>
@@ -53,15 +55,20 @@ TEST(PoseLookAhead, GivesEachFrameItsOwnPoseInAnyOrder) {
 }
 
 // The point of looking ahead: poses the second thread has computed are handed over, not
-// computed again on the asking thread.
+// computed again on the asking thread. The second thread takes no signals: the program's stop
+// signals are the main thread's.
 TEST(PoseLookAhead, HandsOverThePosesComputedAhead) {
     constexpr int Depth = 16;
     const Take take = makeComputedDemoTake({.frames = Frames});
     const std::thread::id asking = std::this_thread::get_id();
-    std::atomic<int> onAskingThread = 0, ahead = 0;
+    std::atomic<int> onAskingThread = 0, ahead = 0, aheadTakingSignals = 0;
     PoseLookAhead poses(
         [&](int frame) {
-            ++(std::this_thread::get_id() == asking ? onAskingThread : ahead);
+            const bool onAsking = std::this_thread::get_id() == asking;
+            ++(onAsking ? onAskingThread : ahead);
+            sigset_t mask;
+            pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+            if (!onAsking && !sigismember(&mask, SIGINT)) ++aheadTakingSignals;
             return take.computePose(frame);
         },
         Frames, Depth);
@@ -71,6 +78,7 @@ TEST(PoseLookAhead, HandsOverThePosesComputedAhead) {
     for (int frame = 0; frame < Depth; ++frame)
         for (int again = 0; again < 3; ++again) poses.pose(frame);
     EXPECT_EQ(onAskingThread, 0);
+    EXPECT_EQ(aheadTakingSignals, 0);
 }
 
 // A pose that cannot be computed fails on the asking thread, as it would without a look-ahead,
