@@ -136,12 +136,17 @@ void FbxArrayPacker::Work() {
             mChanged.wait(lock);
             continue;
         }
-        lock.unlock();
-        Run(*job, compressor);
-        lock.lock();
-        job->done = true;
-        mChanged.notify_all();
+        RunUnlocked(*job, compressor, lock);
     }
+}
+
+void FbxArrayPacker::RunUnlocked(Job& job, Compressor& compressor,
+                                 std::unique_lock<std::mutex>& lock) {
+    lock.unlock();
+    Run(job, compressor);
+    lock.lock();
+    job.done = true;
+    mChanged.notify_all();
 }
 
 // Finishes `job`: compresses it here when no worker has started it, and while a worker is at
@@ -150,10 +155,7 @@ void FbxArrayPacker::Work() {
 void FbxArrayPacker::Finish(Job& job, std::unique_lock<std::mutex>& lock) {
     if (!job.taken) {
         job.taken = true;
-        lock.unlock();
-        Run(job, mCompressor);
-        lock.lock();
-        job.done = true;
+        RunUnlocked(job, mCompressor, lock);
         return;
     }
     while (!job.done) {
@@ -162,10 +164,7 @@ void FbxArrayPacker::Finish(Job& job, std::unique_lock<std::mutex>& lock) {
             mChanged.wait(lock);
             continue;
         }
-        lock.unlock();
-        Run(*other, mCompressor);
-        lock.lock();
-        other->done = true;
+        RunUnlocked(*other, mCompressor, lock);
     }
 }
 

@@ -72,6 +72,8 @@ private:
     std::shared_ptr<Job> NextUntaken();
     void Finish(Job& job, std::unique_lock<std::mutex>& lock);
     static void Run(Job& job, Compressor& compressor);
+    // Runs `job` with the lock released, then marks it done and tells the waiters.
+    void RunUnlocked(Job& job, Compressor& compressor, std::unique_lock<std::mutex>& lock);
     void Work();
 
     Compressor mCompressor;
