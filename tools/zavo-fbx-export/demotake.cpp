@@ -1,5 +1,7 @@
 #include "demotake.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <numbers>
 
@@ -60,21 +62,24 @@ SegmentState toState(const Placement& p) {
             {p.orientation.w, p.orientation.x, p.orientation.y, p.orientation.z}};
 }
 
-Placement place(const Placement& parent, Vec3 offset, Quat local) {
+Placement place(const Placement& parent, const Vec3& offset, const Quat& local) {
     return {parent.position + takemath::rotate(parent.orientation, offset),
             parent.orientation * local};
 }
 
-// Local rotations of the body segments at time t (seconds); the pelvis's is global.
+// Local rotations of the body segments at time t (seconds); the pelvis's is global. Each sine
+// is taken once and shared by the segments that swing with it.
 void bodyRotations(double t, Quat (&local)[BodySegmentCount]) {
     const double phase = 2 * Pi * StepFrequency * t;
     const double heading = WalkSpeed * t / CircleRadius;
     const double wave = std::sin(2 * Pi * WaveFrequency * t);
     const double s = std::sin(phase);
+    const double sway = std::sin(2 * Pi * 0.3 * t);
     local[0] = rotZ(heading + 0.08 * s) * rotX(0.04 * s);
-    for (int i = 1; i <= 4; ++i) local[i] = rotZ(-0.03 * s) * rotY(0.02);
-    local[5] = rotY(0.05 * std::sin(2 * Pi * 0.3 * t));
-    local[6] = rotY(0.10 * std::sin(2 * Pi * 0.3 * t)) * rotZ(0.15 * std::sin(2 * Pi * 0.2 * t));
+    const Quat spine = rotZ(-0.03 * s) * rotY(0.02);
+    for (int i = 1; i <= 4; ++i) local[i] = spine;
+    local[5] = rotY(0.05 * sway);
+    local[6] = rotY(0.10 * sway) * rotZ(0.15 * std::sin(2 * Pi * 0.2 * t));
     local[7] = rotX(0.05);  // right arm: down, swinging, holding the prop
     local[8] = rotX(1.3) * rotY(0.35 * s);
     local[9] = rotY(-0.6 - 0.15 * s);
@@ -87,10 +92,11 @@ void bodyRotations(double t, Quat (&local)[BodySegmentCount]) {
     for (int side = 0; side < 2; ++side) {
         const int hip = side == 0 ? 15 : 19;
         const double swing = side == 0 ? phase : phase + Pi;
+        const double lift = std::sin(swing);
         local[hip] = rotY(legs[side]) * rotX(side == 0 ? -0.03 : 0.03);
         local[hip + 1] = rotY(0.35 * (1 - std::cos(swing)));
-        local[hip + 2] = rotY(-0.2 * std::sin(swing));
-        local[hip + 3] = rotY(0.15 * std::max(0.0, std::sin(swing)));
+        local[hip + 2] = rotY(-0.2 * lift);
+        local[hip + 3] = rotY(0.15 * std::max(0.0, lift));
     }
 }
 
@@ -99,25 +105,48 @@ Vec3 fingerOffset(int hand, int k) {
     return {o.x, hand == 0 ? o.y : -o.y, o.z};
 }
 
-// Local rotation of finger joint k: the right hand grips the prop, the waving left hand keeps
-// its fingers loose.
-Quat fingerRotation(int hand, int k, double t) {
+// Local rotation of finger joint k of a hand curled by `curl`.
+Quat fingerRotation(int hand, int k, double curl) {
     const double side = hand == 0 ? 1.0 : -1.0;
-    const double curl = hand == 1 ? 0.9 : 0.15 + 0.1 * std::sin(2 * Pi * WaveFrequency * t + k);
     if (k == 0) return {};
     if (k <= 3) return rotZ(side * 0.4 * curl);       // thumb
     if (k % 4 == 0) return rotX(-side * 0.1 * curl);  // metacarpals
     return rotX(-side * curl);
 }
 
+using FingerRotations = std::array<Quat, FingerJointCount>;
+
+// The right hand grips the prop and holds still: its finger rotations are the same in every
+// frame, so they are worked out once.
+const FingerRotations& grippingFingerRotations() {
+    static const FingerRotations rotations = [] {
+        FingerRotations table;
+        for (int k = 0; k < FingerJointCount; ++k) table[k] = fingerRotation(NuHand_Right, k, 0.9);
+        return table;
+    }();
+    return rotations;
+}
+
+// The waving left hand keeps its fingers loose, each curling a little in its own time.
+FingerRotations looseFingerRotations(double t) {
+    FingerRotations rotations;
+    for (int k = 1; k < FingerJointCount; ++k)
+        rotations[k] =
+            fingerRotation(NuHand_Left, k, 0.15 + 0.1 * std::sin(2 * Pi * WaveFrequency * t + k));
+    return rotations;
+}
+
 void addFingers(TakePose& pose, const Placement (&body)[BodySegmentCount], double t, bool tPose) {
     for (int hand = 0; hand < 2; ++hand) {
         const Placement& handPlacement = body[BodyModel::handSegment(NuHandId(hand))];
+        const FingerRotations local = tPose                  ? FingerRotations{}
+                                      : hand == NuHand_Right ? grippingFingerRotations()
+                                                             : looseFingerRotations(t);
         Placement fingers[FingerJointCount];
         for (int k = 0; k < FingerJointCount; ++k) {
             const int parent = BodyModel::FingerJoints[k].parent;
             fingers[k] = place(parent < 0 ? handPlacement : fingers[parent], fingerOffset(hand, k),
-                               tPose ? Quat{} : fingerRotation(hand, k, t));
+                               local[static_cast<size_t>(k)]);
             pose.fingers.push_back(toState(fingers[k]));
         }
     }
@@ -136,6 +165,8 @@ TakePose makePose(double t, const DemoTakeOptions& options, bool tPose) {
     for (int s = 1; s < BodySegmentCount; ++s)
         body[s] = place(body[BodyModel::Segments[s].parent], bodyOffsets[s], local[s]);
     TakePose pose;
+    pose.segments.reserve(static_cast<size_t>(BodySegmentCount + options.props));
+    if (options.fingers) pose.fingers.reserve(2 * FingerJointCount);
     for (const Placement& p : body) pose.segments.push_back(toState(p));
     for (int k = 0; k < options.props; ++k)
         pose.segments.push_back(toState(place(body[propParents[k]], propOffsets[k], Quat{})));
