@@ -384,45 +384,45 @@ std::string readBvhText(std::ifstream& file, const std::string& path) {
     return text;
 }
 
+}  // namespace
+
 // Most numbers of a clip are short decimals such as -12.3456: their digits make an integer
 // and their decimals a power of ten that a double holds exactly, so that one division rounds
-// the number just as the library's reading does, only faster. False for any other word.
-bool shortDecimal(std::string_view word, double& value) {
+// the number just as the library's reading does, only faster.
+const char* bvhShortDecimal(const char* begin, const char* end, double& value) {
     static constexpr double powersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6, 1e7,
                                              1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14};
     constexpr int mostDigits = 15;  // below 2^53, so every such integer is exact
-    const bool negative = !word.empty() && word[0] == '-';
+    const bool negative = begin < end && *begin == '-';
+    const char* pos = negative ? begin + 1 : begin;
     uint64_t digits = 0;
-    int count = 0, wholeCount = 0;
-    bool point = false;
-    for (size_t i = negative ? 1 : 0; i < word.size(); ++i) {
-        const char c = word[i];
+    int count = 0, wholeCount = -1;
+    for (; pos < end; ++pos) {
+        const char c = *pos;
         if (c >= '0' && c <= '9') {
             digits = digits * 10 + static_cast<uint64_t>(c - '0');
-            if (++count > mostDigits) return false;
-        } else if (c == '.' && !point) {
-            point = true;
+            if (++count > mostDigits) return nullptr;
+        } else if (c == '.' && wholeCount < 0) {
             wholeCount = count;
         } else {
-            return false;
+            break;
         }
     }
+    const bool point = wholeCount >= 0;
     if (!point) wholeCount = count;
     const int decimals = count - wholeCount;
-    if (wholeCount == 0 || (point && decimals == 0)) return false;
+    if (wholeCount == 0 || (point && decimals == 0)) return nullptr;
     value = static_cast<double>(digits) / powersOfTen[decimals];
     if (negative) value = -value;
-    return true;
+    return pos;
 }
-
-}  // namespace
 
 bool bvhNumber(std::string_view word, double& value) {
     if (word.size() > 1 && word[0] == '+' && word[1] != '-') word.remove_prefix(1);
-    if (shortDecimal(word, value)) return true;
-    const char* end = word.data() + word.size();
-    const auto [ptr, ec] = std::from_chars(word.data(), end, value);
-    if (word.empty() || ptr != end) return false;
+    const char* wordEnd = word.data() + word.size();
+    if (bvhShortDecimal(word.data(), wordEnd, value) == wordEnd) return true;
+    const auto [ptr, ec] = std::from_chars(word.data(), wordEnd, value);
+    if (word.empty() || ptr != wordEnd) return false;
     // Beyond the range of a double: infinite, for the caller to refuse.
     if (ec == std::errc::result_out_of_range) value = HUGE_VAL;
     return ec == std::errc() || ec == std::errc::result_out_of_range;
@@ -443,7 +443,13 @@ BvhClip readBvhFile(const std::string& path) {
 }
 
 std::vector<BvhJointPose> bvhForwardKinematics(const BvhClip& clip, int frame) {
-    std::vector<BvhJointPose> poses(clip.joints.size());
+    std::vector<BvhJointPose> poses;
+    bvhForwardKinematics(clip, frame, poses);
+    return poses;
+}
+
+void bvhForwardKinematics(const BvhClip& clip, int frame, std::vector<BvhJointPose>& poses) {
+    poses.resize(clip.joints.size());
     const double* values =
         frame < 0 ? nullptr : clip.values.data() + static_cast<size_t>(frame) * clip.channelCount;
     for (size_t j = 0; j < clip.joints.size(); ++j) {
@@ -474,5 +480,4 @@ std::vector<BvhJointPose> bvhForwardKinematics(const BvhClip& clip, int frame) {
                         parent.orientation * rotation};
         }
     }
-    return poses;
 }

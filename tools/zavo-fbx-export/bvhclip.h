@@ -47,8 +47,14 @@ BvhClip parseBvh(std::string_view text, const std::string& name, int motionParts
 // Converts a whole word to a number; false when the word is no number at all. Infinite and
 // not-a-number results are returned as such, for the caller to refuse with its own words.
 bool bvhNumber(std::string_view word, double& value);
+// Reads a short decimal such as -12.3456 (digits, at most one point, no exponent) at `begin`:
+// where it stops, or null when the text there begins with no such number. A word read whole
+// this way has the value bvhNumber gives it.
+const char* bvhShortDecimal(const char* begin, const char* end, double& value);
 
 // The file's own forward kinematics: every joint's global pose in frame `frame`, or in the
 // rest pose (no joint rotated, the root at its offset) when `frame` is negative. Rotations
 // compose in each joint's channel order; a position channel replaces that offset component.
 std::vector<BvhJointPose> bvhForwardKinematics(const BvhClip& clip, int frame);
+// The same into `poses`, whose room is kept from frame to frame.
+void bvhForwardKinematics(const BvhClip& clip, int frame, std::vector<BvhJointPose>& poses);

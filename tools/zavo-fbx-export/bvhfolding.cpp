@@ -80,8 +80,9 @@ BvhFolding measureBvhFolding(const BvhClip& clip, const BvhBodyMap& map, double 
             folding.standIn[j] = folding.standIn[static_cast<size_t>(clip.joints[j].parent)];
         }
     SkeletonPositions skeleton(clip, map);
+    std::vector<BvhJointPose> joints;
     for (int f = 0; f < clip.frameCount; ++f) {
-        const std::vector<BvhJointPose> joints = bvhForwardKinematics(clip, f);
+        bvhForwardKinematics(clip, f, joints);
         skeleton.pose(joints);
         for (size_t j = 0; j < joints.size(); ++j) {
             const takemath::Vec3 d = joints[j].position - skeleton.position(folding.standIn[j]);

@@ -17,6 +17,20 @@ size_t nextLineStart(std::string_view text, size_t pos) {
     return pos;
 }
 
+// Reads the word at `pos` as a finite number and moves `pos` past it; false when it is none.
+// A short decimal, most words of a clip, is read as it is scanned.
+bool readNumber(std::string_view text, size_t& pos, double& value) {
+    const char* const end = text.data() + text.size();
+    const char* const stop = bvhShortDecimal(text.data() + pos, end, value);
+    if (stop && (stop == end || isBvhBlank(*stop))) {
+        pos = static_cast<size_t>(stop - text.data());
+        return true;
+    }
+    const size_t start = pos;
+    while (pos < text.size() && !isBvhBlank(text[pos])) ++pos;
+    return bvhNumber(text.substr(start, pos - start), value) && std::isfinite(value);
+}
+
 // Reads whole lines in one pass over the text, words and line ends alike: the run is the
 // size of the clip, so a second pass to find each line's end would be felt.
 BvhFrameLines readRun(std::string_view text, size_t most, size_t reserve) {
@@ -36,12 +50,10 @@ BvhFrameLines readRun(std::string_view text, size_t most, size_t reserve) {
             ++pos;
         } else {
             const size_t start = pos;
-            while (pos < text.size() && !isBvhBlank(text[pos])) ++pos;
-            const std::string_view word = text.substr(start, pos - start);
             double value = 0.0;
-            if (!bvhNumber(word, value) || !std::isfinite(value)) {
+            if (!readNumber(text, pos, value)) {
                 lines.hasBadWord = true;
-                lines.badWord = word;
+                lines.badWord = text.substr(start, pos - start);
                 return lines;
             }
             lines.values.push_back(value);

@@ -16,7 +16,10 @@ SegmentState hostState(const BvhJointPose& pose, double metresPerUnit) {
 }
 
 TakePose hostPose(const BvhClip& clip, const BvhBodyMap& map, int frame, double metresPerUnit) {
-    const std::vector<BvhJointPose> joints = bvhForwardKinematics(clip, frame);
+    // Poses are computed on the host's thread and on the look-ahead's: each keeps its own room
+    // for the joints rather than asking for it anew every frame.
+    thread_local std::vector<BvhJointPose> joints;
+    bvhForwardKinematics(clip, frame, joints);
     TakePose pose;
     pose.segments.reserve(BodySegmentCount);
     for (int s = 0; s < BodySegmentCount; ++s)
