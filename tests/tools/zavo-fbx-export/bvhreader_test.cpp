@@ -176,14 +176,17 @@ TEST(BvhReader, ReadsTheSameNumbersInAnyNumberOfParts) {
 }
 
 // Short decimals take a quicker road than the library's reading; both give the same double to
-// the last bit, and words that are no such decimal are left to the library.
+// the last bit, and words that are no such decimal are left to the library, in a word alone
+// and in the frame lines alike, where a word that only begins as a decimal is refused whole.
 TEST(BvhReader, ReadsNumbersToTheBitAsTheLibraryDoes) {
     std::vector<std::string> words;
     std::istringstream table(
         "0 -0 -0.0000 7 123456789012345 1234567890123456 999999999999999.9 0.000000000000001 "
         "000000000000001.5 0.30000000000000004 -179.99999999999 .5 5. -.5 1.2.3 --1 - . 1e5 "
-        "2.5E-3 0x10 1,5 +2.25");
+        "2.5E-3 0x10 1,5 +2.25 1.5x -2.25-3 12.3456e2");
     for (std::string word; table >> word;) words.push_back(word);
+    std::vector<std::string> numbers, refused;
+    std::vector<uint64_t> expectedBits;
     std::mt19937_64 random(2024);
     for (int i = 0; i < 20000; ++i) {
         const int whole = static_cast<int>(random() % 8), decimals = static_cast<int>(random() % 9);
@@ -203,6 +206,30 @@ TEST(BvhReader, ReadsNumbersToTheBitAsTheLibraryDoes) {
         ASSERT_EQ(bvhNumber(word, value), number) << word;
         if (number) {
             ASSERT_EQ(std::bit_cast<uint64_t>(value), std::bit_cast<uint64_t>(expected)) << word;
+            numbers.push_back(word);
+            expectedBits.push_back(std::bit_cast<uint64_t>(expected));
+        } else if (!word.empty() && word != "-" && word != ".") {
+            refused.push_back(word);
+        }
+    }
+    const std::string head = "HIERARCHY\nROOT Hips\n{\nOFFSET 0 0 0\nCHANNELS 1 Xrotation\n}\n";
+    std::string clip =
+        head + "MOTION\nFrames: " + std::to_string(numbers.size()) + "\nFrame Time: 0.1\n";
+    for (const std::string& word : numbers) clip += " \t" + word + "\n";
+    for (const int parts : {1, 2}) {
+        const BvhClip read = parseBvh(clip, "n.bvh", parts);
+        ASSERT_EQ(read.values.size(), numbers.size());
+        for (size_t i = 0; i < numbers.size(); ++i)
+            ASSERT_EQ(std::bit_cast<uint64_t>(read.values[i]), expectedBits[i]) << numbers[i];
+    }
+    for (const std::string& word : refused) {
+        const std::string text = head + "MOTION\nFrames: 2\nFrame Time: 0.1\n1\n" + word + " 2\n";
+        try {
+            parseBvh(text, "n.bvh", 1);
+            ADD_FAILURE() << "accepted " << word;
+        } catch (const TakeError& error) {
+            EXPECT_EQ(error.what(),
+                      "n.bvh: line 11: frame 1: expected a finite number, found '" + word + "'");
         }
     }
 }
