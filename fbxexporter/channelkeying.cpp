@@ -25,25 +25,30 @@ void appendKey(FbxAnimCurve* curve, FbxTime time, double value) {
 
 }  // namespace
 
-FbxAnimCurve* keyChannel(FbxProperty& property, FbxAnimLayer* layer, const char* channel,
-                         FbxTime time, double value) {
-    FbxAnimCurve* curve = property.GetCurve(layer, property.GetName().Buffer(), channel, true);
-    if (curve) appendKey(curve, time, value);
-    return curve;
+void ChannelCurves::key(FbxProperty& property, FbxAnimLayer* layer, FbxTime time, double x,
+                        double y, double z, int reserve, FbxAnimCurve*& timesOf) {
+    if (!m_found) makeCurves(property, layer, reserve, timesOf);
+    const double values[3] = {x, y, z};
+    for (int c = 0; c < 3; ++c)
+        if (m_curves[c]) appendKey(m_curves[c], time, values[c]);
 }
 
-void ChannelCurves::key(FbxProperty& property, FbxAnimLayer* layer, FbxTime time, double x,
-                        double y, double z, int reserve) {
-    const double values[3] = {x, y, z};
-    if (m_found) {
-        for (int c = 0; c < 3; ++c)
-            if (m_curves[c]) appendKey(m_curves[c], time, values[c]);
-        return;
-    }
+// A take keyed at the host's frame times lists each key's time: sharing them keeps one list
+// for all curves instead of one per curve.
+void ChannelCurves::makeCurves(FbxProperty& property, FbxAnimLayer* layer, int reserve,
+                               FbxAnimCurve*& timesOf) {
     static const char* const channels[3] = {"X", "Y", "Z"};
     for (int c = 0; c < 3; ++c) {
-        m_curves[c] = keyChannel(property, layer, channels[c], time, values[c]);
-        if (m_curves[c] && reserve > 0) m_curves[c]->ResizeKeyBuffer(reserve);
+        FbxAnimCurve* curve =
+            property.GetCurve(layer, property.GetName().Buffer(), channels[c], true);
+        m_curves[c] = curve;
+        if (!curve) continue;
+        if (reserve > 0) curve->ResizeKeyBuffer(reserve);
+        if (timesOf) {
+            curve->KeyShareTimes(*timesOf);
+        } else {
+            timesOf = curve;
+        }
     }
     m_found = true;
 }

@@ -140,4 +140,5 @@ void ExportScene::close(bool saved) {
     m_stack = nullptr;
     m_layer = nullptr;
     m_segments.clear();
+    m_keyTimesCurve = nullptr;
 }

@@ -11,6 +11,7 @@ class FbxManager;
 class FbxScene;
 class FbxAnimStack;
 class FbxAnimLayer;
+class FbxAnimCurve;
 class FbxString;
 
 // The FBX objects of one export run: the manager, which owns every object it makes, the scene
@@ -45,6 +46,9 @@ public:
     // The node and curves of animated segment `index`, with its rotation and translation curve
     // nodes made on the first call; null when no node has the segment's name.
     AnimatedSegment* animatedSegment(int index);
+    // The curve whose key times the run's other curves share (ChannelCurves::key); null
+    // until the first curve is made.
+    FbxAnimCurve*& keyTimesCurve() { return m_keyTimesCurve; }
 
     // Smooths the rotation curves, spans the stack over `span` and writes the scene to
     // `fileName` in `format` ("binary", "ascii", any case). False, with the writer's reason in
@@ -67,5 +71,6 @@ private:
     QStringList m_segmentNames;
     std::vector<FbxString> m_nodeNames;
     std::vector<AnimatedSegment> m_segments;  // by segment; made on first use
+    FbxAnimCurve* m_keyTimesCurve = nullptr;
     unsigned m_unrollThreads = 1;
 };

@@ -181,6 +181,6 @@ void NuFbxExporter::keyIntoScene(std::span<const ChannelKey> keys) {
         FbxProperty& property =
             rotation ? segment->node->LclRotation : segment->node->LclTranslation;
         curves.key(property, m_scene.layer(), key.time, key.values[0], key.values[1], key.values[2],
-                   m_exportedFrameCount);
+                   m_exportedFrameCount, m_scene.keyTimesCurve());
     }
 }

@@ -28,8 +28,7 @@ FbxAnimCurve::FbxAnimCurve(FbxManager& manager, const char* name) : FbxObject(ma
 FbxAnimCurve::~FbxAnimCurve() = default;
 
 FbxLongLong FbxAnimCurve::TimeAt(int index) const {
-    return mTimesListed ? mTimes[static_cast<size_t>(index)]
-                        : EvenTime(mTimeFirst, mTimeStep, index);
+    return mTimesListed ? mTimes[index] : EvenTime(mTimeFirst, mTimeStep, index);
 }
 
 float FbxAnimCurve::RightSlopeAt(int index) const {
@@ -45,23 +44,25 @@ FbxAnimCurve::Key FbxAnimCurve::KeyAt(int index) const {
                NextLeftSlopeAt(index), SharedAt(index)};
 }
 
+// The column may hold these times already: another curve sharing it listed them first.
 void FbxAnimCurve::ListTimes() {
-    mTimes.reserve(mValues.capacity());
-    mTimes.resize(static_cast<size_t>(mKeyCount));
-    for (int i = 0; i < mKeyCount; ++i) mTimes[static_cast<size_t>(i)] = TimeAt(i);
+    for (int i = 0; i < mKeyCount; ++i) mTimes.Place(i, EvenTime(mTimeFirst, mTimeStep, i));
+    mTimes.Reserve(static_cast<int>(mValues.capacity()));
     mTimesListed = true;
 }
 
+// A key reset at its own time leaves a shared time column shared.
 void FbxAnimCurve::SetTime(int index, FbxLongLong time) {
+    if (TimeAt(index) == time) return;
+    if (index == mKeyCount - 1) mTimeLast = time;
     if (!mTimesListed) {
-        if (TimeAt(index) == time) return;
         if (mKeyCount == 1) {
             mTimeFirst = time;
             return;
         }
         ListTimes();
     }
-    mTimes[static_cast<size_t>(index)] = time;
+    mTimes.Own(mKeyCount)[static_cast<size_t>(index)] = time;
 }
 
 void FbxAnimCurve::SetShared(int index, FbxUInt32 shared) {
@@ -111,7 +112,13 @@ void FbxAnimCurve::InsertKey(int index, const Key& key) {
         }
     }
     const auto at = static_cast<ptrdiff_t>(index);
-    if (mTimesListed) mTimes.insert(mTimes.begin() + at, key.time);
+    if (mTimesListed && append) {
+        mTimes.Place(index, key.time);
+    } else if (mTimesListed) {
+        std::vector<FbxLongLong>& times = mTimes.Own(mKeyCount);
+        times.insert(times.begin() + at, key.time);
+    }
+    if (append) mTimeLast = key.time;
     mValues.insert(mValues.begin() + at, key.value);
     if (!mRightSlopes.empty()) mRightSlopes.insert(mRightSlopes.begin() + at, 0.0f);
     if (!mNextLeftSlopes.empty()) mNextLeftSlopes.insert(mNextLeftSlopes.begin() + at, 0.0f);
@@ -136,33 +143,38 @@ void FbxAnimCurve::AppendKey(const Key& key) {
         return;
     }
     if (mTimesListed) {
-        mTimes.push_back(key.time);
+        mTimes.Place(mKeyCount, key.time);
     }
+    mTimeLast = key.time;
     mValues.push_back(key.value);
     mSharedSmall.push_back(static_cast<uint8_t>(key.shared));
     ++mKeyCount;
 }
 
-// Removing keys from either end keeps even times unlisted.
+// Removing keys from either end keeps even times unlisted; removing the last keys shortens
+// only this curve's view of listed times.
 void FbxAnimCurve::EraseKeys(int first, int last) {
     if (!mTimesListed && first == 0) {
         mTimeFirst = EvenTime(mTimeFirst, mTimeStep, last + 1);
     } else if (!mTimesListed && last != mKeyCount - 1) {
         ListTimes();
     }
-    Erase(mTimes, first, last);
+    if (mTimesListed && last != mKeyCount - 1) {
+        Erase(mTimes.Own(mKeyCount), first, last);
+    }
     Erase(mValues, first, last);
     Erase(mRightSlopes, first, last);
     Erase(mNextLeftSlopes, first, last);
     Erase(mSharedSmall, first, last);
     Erase(mSharedWide, first, last);
     mKeyCount -= last - first + 1;
+    if (mKeyCount > 0) mTimeLast = TimeAt(mKeyCount - 1);
 }
 
 void FbxAnimCurve::Reserve(int count) {
     const auto n = static_cast<size_t>(std::max(count, 0));
     mValues.reserve(n);
-    if (mTimesListed) mTimes.reserve(n);
+    if (mTimesListed) mTimes.Reserve(count);
     if (!mRightSlopes.empty()) mRightSlopes.reserve(n);
     if (!mNextLeftSlopes.empty()) mNextLeftSlopes.reserve(n);
     if (mSharedIsWide) {
@@ -243,8 +255,8 @@ int FbxAnimCurve::LowerBound(FbxTime time) const {
         }
         return lo;
     }
-    return static_cast<int>(std::lower_bound(mTimes.begin(), mTimes.end(), time.Get()) -
-                            mTimes.begin());
+    const FbxLongLong* times = mTimes.Data();
+    return static_cast<int>(std::lower_bound(times, times + mKeyCount, time.Get()) - times);
 }
 
 // Everything but a plain append (AppendsPlainly).
@@ -308,7 +320,7 @@ void FbxAnimCurve::KeyClear() {
     mKeyCount = 0;
     mValues = {};
     mTimesListed = false;
-    mTimes = {};
+    mTimes.Release();
     mRightSlopes = {};
     mNextLeftSlopes = {};
     mSharedSmall = {};
@@ -423,7 +435,7 @@ void FbxAnimCurve::KeyGetRange(int first, int count, FbxLongLong* times, float* 
     const auto from = static_cast<size_t>(begin);
     const auto n = static_cast<size_t>(end - begin);
     if (times && mTimesListed) {
-        std::copy_n(mTimes.begin() + static_cast<ptrdiff_t>(from), n, times + out);
+        std::copy_n(mTimes.Data() + from, n, times + out);
     } else if (times) {
         for (int i = begin; i < end; ++i) {
             times[static_cast<size_t>(i - first)] = EvenTime(mTimeFirst, mTimeStep, i);
@@ -473,7 +485,9 @@ bool FbxAnimCurve::KeyTimesEqual(const FbxAnimCurve& other) const {
         return mTimeFirst == other.mTimeFirst && (mKeyCount == 1 || mTimeStep == other.mTimeStep);
     }
     if (mTimesListed && other.mTimesListed) {
-        return mTimes == other.mTimes;
+        const FbxLongLong* times = mTimes.Data();
+        return mTimes.SameAs(other.mTimes) ||
+               std::equal(times, times + mKeyCount, other.mTimes.Data());
     }
     for (int i = 0; i < mKeyCount; ++i) {
         if (TimeAt(i) != other.TimeAt(i)) {
@@ -481,6 +495,21 @@ bool FbxAnimCurve::KeyTimesEqual(const FbxAnimCurve& other) const {
         }
     }
     return true;
+}
+
+// Listed times are placed again in the joined column: they stay shared as far as they agree.
+void FbxAnimCurve::KeyShareTimes(FbxAnimCurve& other) {
+    if (&other == this || mTimes.SameAs(other.mTimes)) {
+        return;
+    }
+    std::vector<FbxLongLong> times;
+    if (mTimesListed) {
+        times.assign(mTimes.Data(), mTimes.Data() + mKeyCount);
+    }
+    mTimes.Join(other.mTimes);
+    for (size_t i = 0; i < times.size(); ++i) {
+        mTimes.Place(static_cast<int>(i), times[i]);
+    }
 }
 
 double FbxAnimCurve::KeyFind(FbxTime time, int* last) const {
@@ -597,7 +626,9 @@ void FbxAnimCurve::CopyFrom(const FbxAnimCurve& source, bool withKeys) {
     mTimesListed = source.mTimesListed;
     mTimeFirst = source.mTimeFirst;
     mTimeStep = source.mTimeStep;
-    mTimes = source.mTimes;
+    mTimeLast = source.mTimeLast;
+    mTimes.Release();
+    if (mTimesListed) mTimes.Assign(source.mTimes.Data(), mKeyCount);
     mRightSlopes = source.mRightSlopes;
     mNextLeftSlopes = source.mNextLeftSlopes;
     mSharedSmall = source.mSharedSmall;
@@ -635,7 +666,7 @@ void FbxAnimCurve::Replace(const FbxAnimCurve& source, FbxTime start, FbxTime st
     const int count = static_cast<int>(keys.size());
     mKeyCount = 0;
     mTimesListed = false;
-    mTimes.clear();
+    mTimes.Release();
     mValues.clear();
     mRightSlopes.clear();
     mNextLeftSlopes.clear();
@@ -651,7 +682,7 @@ void FbxAnimCurve::Replace(const FbxAnimCurve& source, FbxTime start, FbxTime st
 }
 
 size_t FbxAnimCurve::GetKeyMemoryUsage() const {
-    return mValues.capacity() * sizeof(float) + mTimes.capacity() * sizeof(FbxLongLong) +
+    return mValues.capacity() * sizeof(float) + mTimes.MemoryUsage() +
            (mRightSlopes.capacity() + mNextLeftSlopes.capacity()) * sizeof(float) +
            mSharedSmall.capacity() + mSharedWide.capacity() * sizeof(FbxUInt32) +
            mShared.capacity() * sizeof(SharedAttribute) +

@@ -8,13 +8,15 @@
 #include <vector>
 
 #include "fbx/scene/fbxanimcurvedef.h"
+#include "fbx/scene/fbxkeytimecolumn.h"
 #include "fbx/scene/fbxobject.h"
 #include "fbx/scene/fbxtime.h"
 
 // Keys of one animated channel, strictly increasing in time.
 //
 // Storage is by column, each held only when its keys differ: key times as a start
-// and a step while they are evenly spaced (a take keyed frame by frame), slopes only
+// and a step while they are evenly spaced (a take keyed frame by frame), else listed
+// in a column that curves keyed at the same times may hold once (KeyShareTimes), slopes only
 // once one is not zero, and per key one byte naming a shared entry for flags,
 // weights and velocities (four bytes past 256 entries). A take's key costs five
 // bytes: its value and that byte.
@@ -26,12 +28,13 @@
 // bracket closes. A take's keys arrive bracketed, one at a time, each after the
 // last; that path is inline below and costs a few stores.
 //
-// Threads: a curve holds no state shared with other curves or with the scene,
-// and its listener (if any) runs on the thread that changes it. Different
-// curves may therefore be keyed, read and unrolled on different threads at
-// once, as long as each curve is touched by one thread only and nothing else
-// in the scene changes meanwhile. Making, finding or connecting curves is not
-// part of this: those change the scene.
+// Threads: a curve holds no state shared with the scene, and its listener (if
+// any) runs on the thread that changes it. Different curves may therefore be
+// keyed, read and unrolled on different threads at once, as long as each curve
+// is touched by one thread only and nothing else in the scene changes
+// meanwhile; curves that share key times count as one curve while any of them
+// changes (reading them all at once on many threads is fine). Making, finding
+// or connecting curves is not part of this: those change the scene.
 class FbxAnimCurve : public FbxObject {
     FBX_DECLARE_CLASS(FbxAnimCurve, FbxObject)
 
@@ -97,8 +100,12 @@ public:
     // How many keys from first on have key first's whole attribute (flags, slopes,
     // weights, velocities); 0 outside the keys. Lets a writer store attributes as runs.
     int KeyGetAttributeRun(int first) const;
-    // Whether other has keys at exactly this curve's times.
+    // Whether other has keys at exactly this curve's times; at once when they share them.
     bool KeyTimesEqual(const FbxAnimCurve& other) const;
+    // Keeps this curve's key times in one column with other's for as long as both are keyed
+    // at the same times, as a take's curves are; a curve keyed differently goes on alone.
+    // Keys and their order do not change.
+    void KeyShareTimes(FbxAnimCurve& other);
 
     // Position of time as a fractional key index: a whole number when a key is
     // at time, i + f between keys i and i + 1; clamped to [0, count - 1]
@@ -121,7 +128,8 @@ public:
     // Replaces this curve's keys in [start, stop] by source's keys in that span.
     void Replace(const FbxAnimCurve& source, FbxTime start, FbxTime stop);
 
-    // Bytes held for keys: blocks, block table and shared attributes.
+    // Bytes held for keys: columns and shared attributes; a shared time column counts its
+    // share.
     size_t GetKeyMemoryUsage() const;
 
     ~FbxAnimCurve() override;
@@ -191,7 +199,8 @@ private:
     int mModifyDepth = 0;
     unsigned mPendingChanges = 0;
     mutable int mLastEvaluated = 0;  // where the last Evaluate found its time
-    // Times are mTimeFirst + index * mTimeStep (wrapping) until mTimesListed.
+    // Times are mTimeFirst + index * mTimeStep (wrapping) until mTimesListed, then the
+    // first mKeyCount entries of mTimes.
     bool mTimesListed = false;
     bool mSharedIsWide = false;
     FbxUInt32 mDefaultShared = kNoShared;
@@ -199,8 +208,10 @@ private:
     FlagChange mLastInterpolation;
     FbxLongLong mTimeFirst = 0;
     FbxLongLong mTimeStep = 0;
+    // The last key's time, so that appending reads no column; meaningless without keys.
+    FbxLongLong mTimeLast = 0;
     std::vector<float> mValues;
-    std::vector<FbxLongLong> mTimes;
+    FbxKeyTimeColumn mTimes;
     std::vector<uint8_t> mSharedSmall;   // while fewer than 256 shared entries
     std::vector<float> mRightSlopes;     // empty: all zero
     std::vector<float> mNextLeftSlopes;  // empty: all zero
@@ -249,11 +260,7 @@ inline bool FbxAnimCurve::AppendsPlainly(FbxLongLong time) const {
         !mNextLeftSlopes.empty()) {
         return false;
     }
-    if (mTimesListed) {
-        return time > mTimes.back();
-    }
-    const FbxLongLong previous = EvenTime(mTimeFirst, mTimeStep, mKeyCount - 1);
-    return time == EvenTime(previous, mTimeStep, 1) && time > previous;
+    return time > mTimeLast && (mTimesListed || time == EvenTime(mTimeLast, mTimeStep, 1));
 }
 
 inline int FbxAnimCurve::KeyAdd(FbxTime time, int* last) {
@@ -262,8 +269,9 @@ inline int FbxAnimCurve::KeyAdd(FbxTime time, int* last) {
     }
     mLastEvaluated = 0;
     if (mTimesListed) {
-        mTimes.push_back(time.Get());
+        mTimes.Place(mKeyCount, time.Get());
     }
+    mTimeLast = time.Get();
     mValues.push_back(0.0f);
     mSharedSmall.push_back(static_cast<uint8_t>(mDefaultShared));
     const int index = mKeyCount++;
