@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <bit>
+#include <functional>
+#include <initializer_list>
 #include <limits>
 #include <vector>
 
@@ -597,3 +599,140 @@ TEST_F(FbxAnimCurveTest, AttributeRunsEndAtAnyChange) {
 }
 
 }  // namespace
+
+namespace {
+
+// A curve pair as a take keys it: each time to both, first a then b.
+struct CurvePair {
+    FbxAnimCurve* a;
+    FbxAnimCurve* b;
+    void Key(std::initializer_list<FbxLongLong> times) const {
+        for (FbxLongLong t : times) {
+            for (FbxAnimCurve* curve : {a, b}) {
+                curve->KeyModifyBegin();
+                const int key = curve->KeyAdd(FbxTime(t));
+                curve->KeySetValue(key, static_cast<float>(t));
+                curve->KeySetInterpolation(key, FbxAnimCurveDef::eInterpolationLinear);
+                curve->KeyModifyEnd();
+            }
+        }
+    }
+};
+
+}  // namespace
+
+// Curves sharing their key times behave key for key as curves holding their own: whatever one
+// of them does to its times, the other keeps its own, and both go on keying alike. Each row
+// runs on a sharing pair and on a pair of curves alone, and their keys must agree throughout.
+TEST_F(FbxAnimCurveTest, SharedKeyTimesActAsEachCurvesOwn) {
+    using Edit = std::function<void(const CurvePair&, FbxAnimCurve& source)>;
+    const struct {
+        const char* name;
+        Edit edit;
+        bool stayShared;  // the pair ends with equal times, compared at once
+    } rows[] = {
+        {"keyed alike", [](const CurvePair&, FbxAnimCurve&) {}, true},
+        {"b keyed later", [](const CurvePair& p, FbxAnimCurve&) { p.b->KeyAdd(FbxTime(90)); },
+         false},
+        {"b diverges, a goes on",
+         [](const CurvePair& p, FbxAnimCurve&) {
+             p.b->KeyAdd(FbxTime(95));
+             p.a->KeyAdd(FbxTime(90));
+             p.a->KeyAdd(FbxTime(95));
+         },
+         false},
+        {"a skips a time b keys",
+         [](const CurvePair& p, FbxAnimCurve&) {
+             p.b->KeyAdd(FbxTime(90));
+             p.a->KeyAdd(FbxTime(95));
+             p.b->KeyAdd(FbxTime(95));
+         },
+         false},
+        {"insert on a", [](const CurvePair& p, FbxAnimCurve&) { p.a->KeyAdd(FbxTime(12)); }, false},
+        {"reset at its own time",
+         [](const CurvePair& p, FbxAnimCurve&) { p.a->KeyAdd(FbxTime(25)); }, true},
+        {"erase inside a", [](const CurvePair& p, FbxAnimCurve&) { p.a->KeyRemove(1, 2); }, false},
+        {"erase a's last keys, key elsewhere",
+         [](const CurvePair& p, FbxAnimCurve&) {
+             p.a->KeyRemove(3, 4);
+             p.a->KeyAdd(FbxTime(41));
+             p.b->KeyRemove(4);
+         },
+         false},
+        {"erase b's last key, key it again",
+         [](const CurvePair& p, FbxAnimCurve&) {
+             p.b->KeyRemove(4);
+             p.b->KeyAdd(FbxTime(70));
+         },
+         true},
+        {"move a key of a",
+         [](const CurvePair& p, FbxAnimCurve&) { p.a->KeySet(2, FbxTime(30), 1.0f); }, false},
+        {"replace a span of a",
+         [](const CurvePair& p, FbxAnimCurve& source) {
+             p.a->Replace(source, FbxTime(20), FbxTime(50));
+         },
+         false},
+        {"clear a, key it again",
+         [](const CurvePair& p, FbxAnimCurve&) {
+             p.a->KeyClear();
+             p.a->KeyAdd(FbxTime(0));
+             p.a->KeyAdd(FbxTime(3));
+         },
+         false},
+        {"a copies b after b diverged",
+         [](const CurvePair& p, FbxAnimCurve&) {
+             p.b->KeyAdd(FbxTime(80));
+             p.a->CopyFrom(*p.b);
+             p.a->KeyAdd(FbxTime(85));
+         },
+         false},
+        {"room reserved", [](const CurvePair& p, FbxAnimCurve&) { p.b->ResizeKeyBuffer(1000); },
+         true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const CurvePair shared{FbxAnimCurve::Create(mScene, "a"),
+                               FbxAnimCurve::Create(mScene, "b")};
+        const CurvePair alone{FbxAnimCurve::Create(mScene, "a"), FbxAnimCurve::Create(mScene, "b")};
+        shared.b->KeyShareTimes(*shared.a);
+        FbxAnimCurve* source = CurveWith({22, 33, 44});
+        for (const CurvePair& pair : {shared, alone}) {
+            pair.Key({0, 25, 35, 60, 70});  // uneven: the times are listed
+            row.edit(pair, *source);
+        }
+        const auto check = [&] {
+            EXPECT_EQ(Keys(*shared.a), Keys(*alone.a));
+            EXPECT_EQ(Keys(*shared.b), Keys(*alone.b));
+            EXPECT_EQ(shared.a->KeyTimesEqual(*shared.b), Times(*alone.a) == Times(*alone.b));
+            EXPECT_EQ(shared.b->KeyTimesEqual(*shared.a), Times(*alone.a) == Times(*alone.b));
+        };
+        check();
+        EXPECT_EQ(Times(*alone.a) == Times(*alone.b), row.stayShared);
+        if (row.stayShared) {
+            EXPECT_LT(shared.a->GetKeyMemoryUsage() + shared.b->GetKeyMemoryUsage(),
+                      alone.a->GetKeyMemoryUsage() + alone.b->GetKeyMemoryUsage());
+        }
+        // Keying on after the edit, and curves that join once keyed.
+        for (const CurvePair& pair : {shared, alone}) pair.Key({100, 130, 200});
+        check();
+        shared.a->KeyShareTimes(*shared.b);
+        check();
+    }
+}
+
+// Curves holding even times share a column they do not use until one of them lists its
+// times; a curve joining with listed times keeps them.
+TEST_F(FbxAnimCurveTest, SharingStartsFromAnyStorageForm) {
+    FbxAnimCurve* even = CurveWith({0, 10, 20});
+    FbxAnimCurve* other = CurveWith({0, 10, 20});
+    FbxAnimCurve* listed = CurveWith({0, 10, 25});
+    other->KeyShareTimes(*even);
+    listed->KeyShareTimes(*even);
+    EXPECT_TRUE(other->KeyTimesEqual(*even));
+    EXPECT_EQ(Times(*listed), (std::vector<FbxLongLong>{0, 10, 25}));
+    for (FbxAnimCurve* curve : {even, other, listed}) curve->KeyAdd(FbxTime(33));
+    EXPECT_EQ(Times(*even), (std::vector<FbxLongLong>{0, 10, 20, 33}));
+    EXPECT_TRUE(other->KeyTimesEqual(*even));
+    EXPECT_EQ(Times(*listed), (std::vector<FbxLongLong>{0, 10, 25, 33}));
+    EXPECT_FALSE(listed->KeyTimesEqual(*even));
+}

@@ -645,4 +645,69 @@ TEST_F(FbxUnrollTest, NodesKeyedAndUnrolledOnThreadsAtOnce) {
     }
 }
 
+// Curves of several nodes keyed at the same, unevenly spaced times share them and unroll as
+// curves alone do: in place on threads at once, or through copies where one node's curves
+// differ in times, which leaves every other node's times as they were.
+TEST_F(FbxUnrollTest, NodesSharingKeyTimesUnrollAsCurvesAlone) {
+    constexpr int kNodes = 3;
+    constexpr int kFrames = 400;
+    using Node = std::array<FbxAnimCurve*, 3>;
+    std::array<Node, kNodes> shared{}, alone{};
+    for (int node = 0; node < kNodes; ++node) {
+        for (int axis = 0; axis < 3; ++axis) {
+            shared[node][axis] = FbxAnimCurve::Create(mScene, "shared");
+            alone[node][axis] = FbxAnimCurve::Create(mScene, "alone");
+            shared[node][axis]->KeyShareTimes(*shared[0][0]);
+        }
+    }
+    const auto key = [](FbxAnimCurve* curve, FbxLongLong time, float value) {
+        curve->KeyModifyBegin();
+        const int index = curve->KeyAdd(FbxTime(time));
+        curve->KeySetValue(index, value);
+        curve->KeySetInterpolation(index, FbxAnimCurveDef::eInterpolationLinear);
+        curve->KeyModifyEnd();
+    };
+    for (int frame = 0; frame < kFrames; ++frame) {
+        const FbxLongLong time = (frame * 25LL + frame % 3) * 10000;
+        for (int node = 0; node < kNodes; ++node) {
+            for (int axis = 0; axis < 3; ++axis) {
+                const auto value = static_cast<float>(std::remainder(
+                    (1.5 + node) * frame * (axis + 1) + 40.0 * std::sin(0.01 * frame), 360.0));
+                key(shared[node][axis], time, value);
+                key(alone[node][axis], time, value);
+            }
+        }
+    }
+    key(shared[1][0], 105000, 30.0f);
+    key(alone[1][0], 105000, 30.0f);
+    // Copies are scene objects: node 1 goes first, on this thread.
+    ASSERT_TRUE(FbxAnimCurveFilterUnroll().Apply(shared[1].data(), 3));
+    std::array<bool, kNodes> applied{true, true, true};
+    std::vector<std::thread> threads;
+    for (int node : {0, 2}) {
+        threads.emplace_back([&, node] {
+            applied[node] = FbxAnimCurveFilterUnroll().Apply(shared[node].data(), 3);
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    for (int node = 0; node < kNodes; ++node) {
+        ASSERT_TRUE(applied[node]);
+        ASSERT_TRUE(FbxAnimCurveFilterUnroll().Apply(alone[node].data(), 3));
+        for (int axis = 0; axis < 3; ++axis) {
+            const FbxAnimCurve& a = *shared[node][axis];
+            const FbxAnimCurve& b = *alone[node][axis];
+            ASSERT_EQ(a.KeyGetCount(), b.KeyGetCount()) << node;
+            EXPECT_EQ(a.KeyTimesEqual(*shared[0][0]), b.KeyTimesEqual(*alone[0][0]));
+            for (int k = 0; k < a.KeyGetCount(); ++k) {
+                ASSERT_EQ(a.KeyGetTime(k), b.KeyGetTime(k)) << node << " " << axis << " " << k;
+                ASSERT_EQ(std::bit_cast<uint32_t>(a.KeyGetValue(k)),
+                          std::bit_cast<uint32_t>(b.KeyGetValue(k)))
+                    << node << " " << axis << " " << k;
+            }
+        }
+    }
+}
+
 }  // namespace
