@@ -14,17 +14,16 @@ struct SegmentState {
     NuQuaternion orientation;
 };
 
-SegmentState hostSegment(const ZavoPoseObject& pose, const NuVector& position, int i) {
-    return {firstThree(position), pose.q_gb(i, PoseBase_Global)};
+SegmentState hostSegment(const PoseReading& pose, int i) {
+    return {firstThree(pose.position(i)), pose.orientation(i)};
 }
 
 // Exported finger k of both hands.
-SegmentState fingerJoint(const ZavoPoseObject& pose, int k) {
+SegmentState fingerJoint(const PoseReading& pose, int k) {
     const SkeletonDefinition::ExportedFinger f = SkeletonDefinition::exportedFinger(k);
     // A frame without finger data shows the fingers unrotated at the origin.
-    const KexSegmentPose finger = pose.hasFingerTrackingData() && f.joint >= 0
-                                      ? pose.fingerTrackingData(f.hand, f.joint)
-                                      : KexSegmentPose{};
+    static const KexSegmentPose unrotated;
+    const KexSegmentPose& finger = f.joint >= 0 ? pose.finger(f.hand, f.joint) : unrotated;
     return {nuvia::Vector3(finger.position), finger.orientation};
 }
 
@@ -85,13 +84,13 @@ bool FbxExporterGlobal::exportFrame(int frame) {
     if (!useThisFrame(frame)) return true;
     const std::optional<KeyedFrame> keyed = prepareFrame(frame);
     if (!keyed) return true;
-    const ZavoPoseObject& pose = keyed->pose;
-    const nuvia::Vector3 pelvis = toFbxAxes(nuvia::Vector3(keyed->position(0)));
-    const int hostSegments = pose.segmentStateCount();
+    const PoseReading& pose = keyed->reading;
+    const nuvia::Vector3 pelvis = toFbxAxes(nuvia::Vector3(pose.position(0)));
+    const int hostSegments = pose.segmentCount();
     nuvia::Vector3 euler;
     for (int i = 0; i < segmentCount(); ++i) {
-        const SegmentState s = i < hostSegments ? hostSegment(pose, keyed->position(i), i)
-                                                : fingerJoint(pose, i - hostSegments);
+        const SegmentState s =
+            i < hostSegments ? hostSegment(pose, i) : fingerJoint(pose, i - hostSegments);
         // Walking on the spot keeps every segment's horizontal position relative to the pelvis
         // of the same frame.
         nuvia::Vector3 p = toFbxAxes(s.position);

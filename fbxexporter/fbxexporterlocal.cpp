@@ -88,8 +88,8 @@ bool FbxExporterLocal::exportFrame(int frame) {
     if (!keyed) return true;
     // Nothing was built for a take without a usable pose.
     if (!m_poseTransform) return true;
-    m_poseTransform->transform(keyed->pose, keyed->positions);
-    const nuvia::Vector3 pelvis = toFbxAxes(nuvia::Vector3(keyed->position(0)));
+    m_poseTransform->transform(keyed->reading);
+    const nuvia::Vector3 pelvis = toFbxAxes(nuvia::Vector3(keyed->reading.position(0)));
     const int count = std::min(m_poseTransform->getSegmentCount(), segmentCount());
     nuvia::Vector3 t, r;
     for (int i = 0; i < count; ++i) {

@@ -30,43 +30,21 @@ bool isUsablePosition(const NuVector& position, double scale, bool mayBeEmpty) {
 
 }  // namespace
 
-const NuVector& NuFbxExporter::KeyedFrame::position(int i) const {
-    static const NuVector none;
-    return i >= 0 && static_cast<size_t>(i) < positions.size() ? positions[static_cast<size_t>(i)]
-                                                               : none;
-}
-
 bool NuFbxExporter::isUsablePose(const ZavoPoseObject& pose) const {
-    std::vector<NuVector> positions;
-    return readUsablePose(pose, positions);
+    PoseReading reading;
+    return readUsablePose(pose, reading);
 }
 
-bool NuFbxExporter::readUsablePose(const ZavoPoseObject& pose,
-                                   std::vector<NuVector>& positions) const {
+bool NuFbxExporter::readUsablePose(const ZavoPoseObject& pose, PoseReading& reading) const {
     if (!pose.isValid() || pose.segmentStateCount() <= 0) return false;
+    // Finger joints always have a position; objects of a take without a body may lack one.
     const bool objects = !m_host.hasBody();
-    positions.resize(static_cast<size_t>(pose.segmentStateCount()));
-    for (int i = 0; i < pose.segmentStateCount(); ++i) {
-        NuVector& position = positions[static_cast<size_t>(i)];
-        position = pose.pos_g(i);
-        const NuQuaternion q = pose.q_gb(i, PoseBase_Global);
-        if (!isUsablePosition(position, m_settings.outputScale, objects) ||
-            !isUsableOrientation(q.w, q.x, q.y, q.z)) {
-            return false;
-        }
-    }
-    if (!pose.hasFingerTrackingData()) return true;
-    for (const NuHandId hand : {NuHand_Left, NuHand_Right}) {
-        for (int k = 0; k < 20; ++k) {
-            const KexSegmentPose f = pose.fingerTrackingData(hand, k);
-            const NuQuaternion& q = f.orientation;
-            if (!isUsablePosition(f.position, m_settings.outputScale, false) ||
-                !isUsableOrientation(q.w, q.x, q.y, q.z)) {
-                return false;
-            }
-        }
-    }
-    return true;
+    const double scale = m_settings.outputScale;
+    return reading.readWhile(
+        pose, [objects, scale](const NuVector& position, const NuQuaternion& q, bool finger) {
+            return isUsablePosition(position, scale, objects && !finger) &&
+                   isUsableOrientation(q.w, q.x, q.y, q.z);
+        });
 }
 
 ZavoPoseObject NuFbxExporter::firstUsablePose() const {
@@ -99,7 +77,7 @@ void NuFbxExporter::forgetPoses() {
     m_hostPoseFrame.reset();
     m_hostPose = {};
     m_calibrationPose = {};
-    m_framePositions.clear();
+    m_frameReading = {};
 }
 
 bool NuFbxExporter::useThisFrame(int frame) {
@@ -114,7 +92,7 @@ std::optional<NuFbxExporter::KeyedFrame> NuFbxExporter::prepareFrame(int frame) 
     // The first frame fixes the start of the keys, whether or not its pose is usable.
     const FbxTime time = m_timing.next(frame, hostPose(frame));
     const ZavoPoseObject& pose = framePose(frame);
-    if (!readUsablePose(pose, m_framePositions)) {
+    if (!readUsablePose(pose, m_frameReading)) {
         m_counts.unusable();
         m_lastError = tr("Received invalid pose data");
         return std::nullopt;
@@ -122,5 +100,5 @@ std::optional<NuFbxExporter::KeyedFrame> NuFbxExporter::prepareFrame(int frame) 
     if (frame == m_timing.firstFrame()) m_animationStart = time;
     m_animationStop = time;
     m_counts.keyed(time);
-    return KeyedFrame{time, pose, m_framePositions};
+    return KeyedFrame{time, pose, m_frameReading};
 }

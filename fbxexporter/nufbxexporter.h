@@ -20,6 +20,7 @@
 #include "keyingthread.h"
 #include "keytiming.h"
 #include "math/vector.h"
+#include "posereading.h"
 
 // One export run of a take into an FBX file. The host calls initialize(), exportFrame() for
 // every frame in order, then finalize() exactly once (also after a failed initialize), all on
@@ -62,15 +63,12 @@ public:
     void setHelperThreads(bool use) { m_helperThreadsWanted = use; }
 
 protected:
-    // An exported frame ready to key: its key time and the pose to key with its segment
-    // positions, read once (the host makes each anew); they last until the next frame.
+    // An exported frame ready to key: its key time and the pose to key with what was read of
+    // it (the host makes each value anew); they last until the next frame.
     struct KeyedFrame {
         FbxTime time;
         const ZavoPoseObject& pose;
-        const std::vector<NuVector>& positions;
-
-        // The position of segment `i`, empty for a segment the pose does not have.
-        const NuVector& position(int i) const;
+        const PoseReading& reading;
     };
 
     AbstractZavoStudioPluginInterface& host() const { return m_host; }
@@ -114,8 +112,8 @@ private:
     // The pose keyed for `frame`: the calibration pose stands in for the first exported frame
     // when asked to and when it is usable.
     const ZavoPoseObject& framePose(int frame);
-    // isUsablePose(), keeping the segment positions read in `positions`.
-    bool readUsablePose(const ZavoPoseObject& pose, std::vector<NuVector>& positions) const;
+    // isUsablePose(), keeping what was read of the pose in `reading`.
+    bool readUsablePose(const ZavoPoseObject& pose, PoseReading& reading) const;
     // Lets go of the poses of the frame last exported, which the next run must not see.
     void forgetPoses();
     // Why finalize would write a file without a node or without a key; empty when it would not.
@@ -141,8 +139,8 @@ private:
     std::optional<int> m_hostPoseFrame;  // whose pose m_hostPose is
     ZavoPoseObject m_hostPose;
     ZavoPoseObject m_calibrationPose;
-    std::vector<NuVector> m_framePositions;  // of the pose keyed last
-    int32_t m_exportedFrameCount = 0;        // room each new curve reserves
+    PoseReading m_frameReading;        // of the pose keyed last
+    int32_t m_exportedFrameCount = 0;  // room each new curve reserves
     FbxTime m_animationStart;
     FbxTime m_animationStop;
     bool m_helperThreadsWanted = true;

@@ -51,14 +51,18 @@ bool NuFbxExporter::exportObjectFrame(int frame) {
     if (!useThisFrame(frame)) return true;
     const std::optional<KeyedFrame> keyed = prepareFrame(frame);
     if (!keyed) return true;
+    const PoseReading& pose = keyed->reading;
     nuvia::Quaternion r;
     nuvia::Vector3 euler;
     for (int i = 0; i < segmentCount(); ++i) {
         // An empty pose places every object at the origin with a zero orientation.
-        const NuVector& position = keyed->position(i);
+        const NuVector& position = pose.position(i);
         const nuvia::Vector3 p = position.size() == 0 ? nuvia::Vector3() : firstThree(position);
         keyTranslation(i, keyed->time, toFbxAxes(p));
-        r.setQuatMulQuat(objectTurn(), keyed->pose.q_gb(i, PoseBase_Global));
+        // The host names objects its poses may not hold; it answers for those itself.
+        r.setQuatMulQuat(objectTurn(), i < pose.segmentCount()
+                                           ? pose.orientation(i)
+                                           : keyed->pose.q_gb(i, PoseBase_Global));
         toFbxAxes(r).toEuler(euler);
         keyRotation(i, keyed->time, euler);
     }

@@ -118,22 +118,12 @@ void PoseTransformFbx::getSegmentPose(int i, nuvia::Vector3& translation,
     rotation = m_rotations[index];
 }
 
-const NuVector& PoseTransformFbx::hostPosition(int segment) const {
-    static const NuVector none;
-    return segment >= 0 && static_cast<size_t>(segment) < m_hostPositions.size()
-               ? m_hostPositions[static_cast<size_t>(segment)]
-               : none;
-}
-
 void PoseTransformFbx::transform(const ZavoPoseObject& pose) {
-    m_readPositions.resize(static_cast<size_t>(std::max(pose.segmentStateCount(), 0)));
-    for (size_t i = 0; i < m_readPositions.size(); ++i)
-        m_readPositions[i] = pose.pos_g(static_cast<int>(i));
-    transform(pose, m_readPositions);
+    m_reading.read(pose);
+    transform(m_reading);
 }
 
-void PoseTransformFbx::transform(const ZavoPoseObject& pose, std::span<const NuVector> positions) {
-    m_hostPositions = positions;
+void PoseTransformFbx::transform(const PoseReading& pose) {
     // Export order puts parents first, so a parent's global orientation of this frame is
     // stored before its children need it.
     for (int code : m_segmentMap) {
@@ -145,13 +135,13 @@ void PoseTransformFbx::transform(const ZavoPoseObject& pose, std::span<const NuV
     }
 }
 
-void PoseTransformFbx::transformBody(const ZavoPoseObject& pose, int code) {
-    if (code < 0 || code >= pose.segmentStateCount()) return;
-    const nuvia::Quaternion global = toFbxAxes(pose.q_gb(code, PoseBase_Global));
+void PoseTransformFbx::transformBody(const PoseReading& pose, int code) {
+    if (code < 0 || code >= pose.segmentCount()) return;
+    const nuvia::Quaternion global = toFbxAxes(pose.orientation(code));
     m_globalOrientations[code] = global;
     const int parent = m_bodyParents[code];
     if (parent < 0) {
-        m_translations[code] = toFbxAxes(nuvia::Vector3(hostPosition(code)));
+        m_translations[code] = toFbxAxes(nuvia::Vector3(pose.position(code)));
         m_localOrientations[code] = global;
         global.toEuler(m_rotations[code]);
         return;
@@ -159,32 +149,28 @@ void PoseTransformFbx::transformBody(const ZavoPoseObject& pose, int code) {
     // The offset is the difference of the global positions, not rotated into the parent's
     // frame: it is the true local offset where the parent is unrotated, as in the T-pose that
     // sets up the skeleton, which is where readers take the bone offsets from.
-    m_translations[code] = toFbxAxes(difference(hostPosition(code), hostPosition(parent)));
+    m_translations[code] = toFbxAxes(difference(pose.position(code), pose.position(parent)));
     setLocal(code, m_globalOrientations[parent], global);
 }
 
-void PoseTransformFbx::transformFinger(const ZavoPoseObject& pose, int code) {
+void PoseTransformFbx::transformFinger(const PoseReading& pose, int code) {
     const Hand hand = handOf(code);
     const int index = (*hand.poseIndex)[hand.joint];
     if (index < 0) return;
-    const bool tracked = pose.hasFingerTrackingData();
-    const auto fingerPose = [&](int joint) {
-        return tracked ? pose.fingerTrackingData(hand.id, joint) : KexSegmentPose{};
-    };
-    const KexSegmentPose finger = fingerPose(hand.joint);
+    const KexSegmentPose& finger = pose.finger(hand.id, hand.joint);
     const nuvia::Quaternion global = toFbxAxes(finger.orientation);
     m_globalOrientations[index] = global;
 
     const int parentJoint = m_fingerParents[hand.joint];
     if (parentJoint < 0) {
-        m_translations[index] = toFbxAxes(difference(finger.position, hostPosition(hand.segment)));
+        m_translations[index] = toFbxAxes(difference(finger.position, pose.position(hand.segment)));
         setLocal(index, m_globalOrientations[hand.segment], global);
         return;
     }
     const int parentIndex = (*hand.poseIndex)[parentJoint];
     if (parentIndex < 0) return;
     m_translations[index] =
-        toFbxAxes(difference(finger.position, fingerPose(parentJoint).position));
+        toFbxAxes(difference(finger.position, pose.finger(hand.id, parentJoint).position));
     setLocal(index, m_globalOrientations[parentIndex], global);
 }
 

@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <QStringList>
-#include <span>
 #include <vector>
 
 #include <zavo/kexjointarray.h>
@@ -11,6 +10,7 @@
 #include "exportsettings.h"
 #include "math/quaternion.h"
 #include "math/vector.h"
+#include "posereading.h"
 
 // Turns the host's poses (global positions and orientations, host axes, Z up) into the
 // exported skeleton's local transforms (FBX axes, Y up): for every exported segment a
@@ -34,8 +34,8 @@ public:
     // not cover keeps its previous values. Throws NuException when a root segment's position is
     // not three elements long.
     void transform(const ZavoPoseObject& pose);
-    // The same for a pose whose segment positions were read already, one per segment.
-    void transform(const ZavoPoseObject& pose, std::span<const NuVector> positions);
+    // The same for a pose read already.
+    void transform(const PoseReading& pose);
 
 private:
     struct Hand {
@@ -49,10 +49,8 @@ private:
     int poseIndexOf(int code) const;
     void appendFingers(int firstCode);
     void appendProps(const KexJointArray& joints);
-    // Host position of segment `segment` in the pose under transform; empty when it has none.
-    const NuVector& hostPosition(int segment) const;
-    void transformBody(const ZavoPoseObject& pose, int code);
-    void transformFinger(const ZavoPoseObject& pose, int code);
+    void transformBody(const PoseReading& pose, int code);
+    void transformFinger(const PoseReading& pose, int code);
     void setLocal(int index, const nuvia::Quaternion& parentGlobal,
                   const nuvia::Quaternion& global);
 
@@ -64,9 +62,7 @@ private:
     std::vector<int> m_fingerParents;
     std::vector<int> m_leftFingerPoseIndex;
     std::vector<int> m_rightFingerPoseIndex;
-    // The positions of the pose under transform(), read once: the host makes each anew.
-    std::span<const NuVector> m_hostPositions;
-    std::vector<NuVector> m_readPositions;
+    PoseReading m_reading;  // of the pose transform() read itself
     // Indexed by pose index.
     std::vector<nuvia::Vector3> m_translations;
     std::vector<nuvia::Quaternion> m_globalOrientations;
