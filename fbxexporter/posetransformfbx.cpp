@@ -56,6 +56,7 @@ PoseTransformFbx::PoseTransformFbx(const ZavoPoseObject& pose, const KexJointArr
         int index = -1, parent = -1;
         getSegmentMeta(i, name, index, parent);
         size = std::max({size, index + 1, parent + 1});
+        m_poseIndices.push_back(static_cast<size_t>(index));
     }
     m_translations.resize(size);
     m_globalOrientations.resize(size, nuvia::Quaternion(0, 0, 0, 0));
@@ -90,12 +91,6 @@ PoseTransformFbx::Hand PoseTransformFbx::handOf(int code) const {
     return {LeftHandSegment, NuHand_Left, code - LeftFingerCode, &m_leftFingerPoseIndex};
 }
 
-int PoseTransformFbx::poseIndexOf(int code) const {
-    if (code < LeftFingerCode) return code;
-    const Hand hand = handOf(code);
-    return (*hand.poseIndex)[hand.joint];
-}
-
 void PoseTransformFbx::getSegmentMeta(int i, QString& name, int& index, int& parent) const {
     const int code = m_segmentMap[i];
     if (code < LeftFingerCode) {
@@ -109,13 +104,6 @@ void PoseTransformFbx::getSegmentMeta(int i, QString& name, int& index, int& par
     const int parentJoint = m_fingerParents[hand.joint];
     parent = parentJoint < 0 ? hand.segment : (*hand.poseIndex)[parentJoint];
     index = (*hand.poseIndex)[hand.joint];
-}
-
-void PoseTransformFbx::getSegmentPose(int i, nuvia::Vector3& translation,
-                                      nuvia::Vector3& rotation) const {
-    const int index = poseIndexOf(m_segmentMap[i]);
-    translation = m_translations[index];
-    rotation = m_rotations[index];
 }
 
 void PoseTransformFbx::transform(const ZavoPoseObject& pose) {

@@ -29,7 +29,11 @@ public:
     // Name, pose index and parent pose index (-1 for a root) of export position i.
     void getSegmentMeta(int i, QString& name, int& index, int& parent) const;
     // Translation and rotation of export position i as of the last transform().
-    void getSegmentPose(int i, nuvia::Vector3& translation, nuvia::Vector3& rotation) const;
+    void getSegmentPose(int i, nuvia::Vector3& translation, nuvia::Vector3& rotation) const {
+        const size_t index = m_poseIndices[static_cast<size_t>(i)];
+        translation = m_translations[index];
+        rotation = m_rotations[index];
+    }
     // Computes every segment's local transform from one frame's pose. A segment the pose does
     // not cover keeps its previous values. Throws NuException when a root segment's position is
     // not three elements long.
@@ -46,7 +50,6 @@ private:
     };
 
     Hand handOf(int code) const;
-    int poseIndexOf(int code) const;
     void appendFingers(int firstCode);
     void appendProps(const KexJointArray& joints);
     void transformBody(const PoseReading& pose, int code);
@@ -57,7 +60,8 @@ private:
     QStringList m_bodyNames;
     QStringList m_leftFingerNames;
     QStringList m_rightFingerNames;
-    std::vector<int> m_segmentMap;  // segment code per export position
+    std::vector<int> m_segmentMap;      // segment code per export position
+    std::vector<size_t> m_poseIndices;  // pose index per export position
     std::vector<int> m_bodyParents;
     std::vector<int> m_fingerParents;
     std::vector<int> m_leftFingerPoseIndex;
