@@ -159,6 +159,60 @@ TEST(ExportRun, KeyTimes) {
               (Times{1000 * ms, 1011 * ms}));
 }
 
+// Every finger joint of both hands is checked, exported or not, in either preset; a take
+// without a body may leave an object without a position, a finger joint never.
+TEST(ExportRun, FingerJointsAndObjectsInTheUsablePoseCheck) {
+    // Keys of `node`'s translation after five frames, and the run's last error.
+    const auto keysAndError = []<class Probe>(const char* node, auto adjust) {
+        FakeHost host;
+        loadRigidTake(host, {.frames = 5, .fingers = true});
+        adjust(host);
+        Probe probe(host);
+        probe.run();
+        const int keys = probe.keyCount(node, true);
+        probe.finalize(true);
+        return std::pair(keys, probe.lastError().toStdString());
+    };
+    const auto skeleton = [&](auto adjust) {
+        return keysAndError.template operator()<LocalProbe>("Hips", adjust);
+    };
+    const auto nodes = [&](auto adjust) {
+        return keysAndError.template operator()<GlobalProbe>("Seg0", adjust);
+    };
+    const auto refused = std::pair(4, std::string("Received invalid pose data"));
+    const auto finger = [](FakeHost& h, int frame, NuHandId hand, int joint) -> KexSegmentPose& {
+        return (*h.frames[frame]->fingers)[hand][joint];
+    };
+    // The carpus (joint 0) is not exported, yet a broken one makes the pose unusable.
+    const auto carpus = [&](FakeHost& h) { finger(h, 2, NuHand_Left, 0).orientation = {}; };
+    const auto notANumber = [&](FakeHost& h) {
+        finger(h, 4, NuHand_Right, 19).position = NuVector3(0, NAN, 0);
+    };
+    const auto tooFar = [&](FakeHost& h) {
+        finger(h, 1, NuHand_Right, 7).position = NuVector3(1e307, 0, 0);
+    };
+    // A frame without finger data is usable: its fingers sit unrotated at the origin.
+    const auto noFingers = [](FakeHost& h) { h.frames[3]->fingers.reset(); };
+    const auto usable = std::pair(5, std::string());
+    EXPECT_EQ(skeleton(carpus), refused);
+    EXPECT_EQ(nodes(carpus), refused);
+    EXPECT_EQ(skeleton(notANumber), refused);
+    EXPECT_EQ(nodes(tooFar), refused);
+    EXPECT_EQ(skeleton(noFingers), usable);
+    EXPECT_EQ(nodes(noFingers), usable);
+
+    // An object without a position stands at the origin; a body segment without one is no pose.
+    const auto emptyPosition = [](bool body) {
+        return [body](FakeHost& h) {
+            h.body = body;
+            if (!body) h.names = QStringList{"Bat", "Ball"};
+            h.frames[2]->positions[1] = NuVector();
+        };
+    };
+    EXPECT_EQ(skeleton(emptyPosition(true)), refused);
+    EXPECT_EQ(keysAndError.template operator()<LocalProbe>("Ball", emptyPosition(false)), usable);
+}
+
 // Hostile poses never reach a curve; a run that would write no node or no key writes nothing.
 TEST(ExportRun, UnusablePosesAndRunsWithNothingToExport) {
     const auto outcome = [](const std::function<void(FakeHost&)>& adjust, int* hipsKeys = nullptr,
