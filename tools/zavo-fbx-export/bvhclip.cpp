@@ -392,26 +392,23 @@ std::string readBvhText(std::ifstream& file, const std::string& path) {
 const char* bvhShortDecimal(const char* begin, const char* end, double& value) {
     static constexpr double powersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6, 1e7,
                                              1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14};
-    constexpr int mostDigits = 15;  // below 2^53, so every such integer is exact
+    constexpr long mostDigits = 15;  // below 2^53, so every such integer is exact
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
     const bool negative = begin < end && *begin == '-';
     const char* pos = negative ? begin + 1 : begin;
-    uint64_t digits = 0;
-    int count = 0, wholeCount = -1;
-    for (; pos < end; ++pos) {
-        const char c = *pos;
-        if (c >= '0' && c <= '9') {
-            digits = digits * 10 + static_cast<uint64_t>(c - '0');
-            if (++count > mostDigits) return nullptr;
-        } else if (c == '.' && wholeCount < 0) {
-            wholeCount = count;
-        } else {
-            break;
-        }
+    uint64_t digits = 0;  // wraps harmlessly on a word of too many digits, which is refused
+    const char* const whole = pos;
+    while (pos < end && isDigit(*pos)) digits = digits * 10 + static_cast<uint64_t>(*pos++ - '0');
+    const long wholeCount = pos - whole;
+    long decimals = 0;
+    if (pos < end && *pos == '.') {
+        const char* const fraction = ++pos;
+        while (pos < end && isDigit(*pos))
+            digits = digits * 10 + static_cast<uint64_t>(*pos++ - '0');
+        decimals = pos - fraction;
+        if (decimals == 0) return nullptr;
     }
-    const bool point = wholeCount >= 0;
-    if (!point) wholeCount = count;
-    const int decimals = count - wholeCount;
-    if (wholeCount == 0 || (point && decimals == 0)) return nullptr;
+    if (wholeCount == 0 || wholeCount + decimals > mostDigits) return nullptr;
     value = static_cast<double>(digits) / powersOfTen[decimals];
     if (negative) value = -value;
     return pos;
