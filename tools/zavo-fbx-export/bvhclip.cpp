@@ -282,17 +282,19 @@ private:
             readBvhFrameLines(m_text.substr(m_lexer.position()), motionParts(), most);
         int line = firstLine;
         int frame = 0;
-        for (const BvhFrameLines& run : runs) checkFrameLines(run, line, frame);
+        std::vector<int> runFrames;
+        for (const BvhFrameLines& run : runs) {
+            const int before = frame;
+            checkFrameLines(run, line, frame);
+            runFrames.push_back(frame - before);
+        }
         if (frame < m_clip.frameCount)
             m_lexer.fail(std::max(firstLine, line - 1),
                          "expected " + std::to_string(m_clip.frameCount) +
                              " frames as Frames: says, found the end of the file after " +
                              std::to_string(frame));
-        m_clip.values = std::move(runs.front().values);
-        for (size_t k = 1; k < runs.size(); ++k) {
-            m_clip.values.insert(m_clip.values.end(), runs[k].values.begin(), runs[k].values.end());
-            runs[k].values = {};
-        }
+        for (size_t k = 0; k < runs.size(); ++k)
+            m_clip.values.append(std::move(runs[k].values), runFrames[k], m_clip.channelCount);
     }
 
     // A clip of a few megabytes is read on one thread; a longer one in a part per core.
@@ -414,6 +416,13 @@ const char* bvhShortDecimal(const char* begin, const char* end, double& value) {
     return pos;
 }
 
+void BvhMotionValues::append(std::vector<double> run, int frames, int channelCount) {
+    if (frames == 0) return;  // blank lines only
+    m_size += run.size();
+    m_runs.push_back({std::move(run), m_frames, static_cast<size_t>(channelCount)});
+    m_frames += frames;
+}
+
 bool bvhNumber(std::string_view word, double& value) {
     if (word.size() > 1 && word[0] == '+' && word[1] != '-') word.remove_prefix(1);
     const char* wordEnd = word.data() + word.size();
@@ -447,8 +456,7 @@ std::vector<BvhJointPose> bvhForwardKinematics(const BvhClip& clip, int frame) {
 
 void bvhForwardKinematics(const BvhClip& clip, int frame, std::vector<BvhJointPose>& poses) {
     poses.resize(clip.joints.size());
-    const double* values =
-        frame < 0 ? nullptr : clip.values.data() + static_cast<size_t>(frame) * clip.channelCount;
+    const double* values = frame < 0 ? nullptr : clip.values.frame(frame);
     for (size_t j = 0; j < clip.joints.size(); ++j) {
         const BvhJoint& joint = clip.joints[j];
         takemath::Vec3 translation = joint.offset;

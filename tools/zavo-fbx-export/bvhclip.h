@@ -18,14 +18,41 @@ struct BvhJoint {
     int firstChannel = 0;  // index of the joint's first value in a frame
 };
 
+// The numbers of a clip's motion, frame after frame. They stay in the runs of whole frames
+// they were read in side by side: joining runs of hundreds of megabytes would cost a copy and,
+// for a moment, as much memory again.
+class BvhMotionValues {
+public:
+    // Appends a run of `frames` whole frames of `channelCount` numbers each.
+    void append(std::vector<double> run, int frames, int channelCount);
+    // The numbers of frame `frame`, which must be one of those appended.
+    const double* frame(int frame) const {
+        size_t k = m_runs.size() - 1;
+        while (m_runs[k].firstFrame > frame) --k;
+        const Run& run = m_runs[k];
+        return run.values.data() + static_cast<size_t>(frame - run.firstFrame) * run.channelCount;
+    }
+    size_t size() const { return m_size; }
+
+private:
+    struct Run {
+        std::vector<double> values;
+        int firstFrame = 0;
+        size_t channelCount = 0;
+    };
+    std::vector<Run> m_runs;
+    int m_frames = 0;
+    size_t m_size = 0;
+};
+
 // A BVH file: its hierarchy (parents before children) and its motion.
 struct BvhClip {
     std::vector<BvhJoint> joints;
     int channelCount = 0;
     int frameCount = 0;
-    double frameTime = 0.0;      // seconds
-    std::string frameTimeText;   // as printed, which tells the precision it was written with
-    std::vector<double> values;  // frameCount rows of channelCount values
+    double frameTime = 0.0;     // seconds
+    std::string frameTimeText;  // as printed, which tells the precision it was written with
+    BvhMotionValues values;     // frameCount rows of channelCount values
 };
 
 // Global pose of a joint in the file's Y-up axes and unit; the orientation is joint to world.

@@ -74,12 +74,11 @@ std::vector<BvhFrameLines> readBvhFrameLines(std::string_view text, int parts, s
         if (start > starts.back() && start < text.size()) starts.push_back(start);
     }
     starts.push_back(text.size());
-    // The first run has room for all the numbers, so that the others join it without a copy
-    // of it; the others are sized by their share of the text.
+    // Each run has room for its share of the numbers by its share of the text, and a little
+    // more for lines a little longer than the others.
     const auto run = [&](size_t k) {
         const size_t bytes = starts[k + 1] - starts[k];
-        const double share =
-            k == 0 ? 1.0 : 1.05 * static_cast<double>(bytes) / static_cast<double>(text.size());
+        const double share = 1.05 * static_cast<double>(bytes) / static_cast<double>(text.size());
         const size_t reserve =
             std::min(most, static_cast<size_t>(share * static_cast<double>(most)));
         return readRun(text.substr(starts[k], bytes), most, reserve);

@@ -44,6 +44,16 @@ std::string withLineEnds(const std::string& text, const std::string& end) {
     return result;
 }
 
+// The numbers of every frame, front to back.
+std::vector<double> allValues(const BvhClip& clip) {
+    std::vector<double> values;
+    for (int f = 0; f < clip.frameCount; ++f) {
+        const double* frame = clip.values.frame(f);
+        values.insert(values.end(), frame, frame + clip.channelCount);
+    }
+    return values;
+}
+
 }  // namespace
 
 TEST(BvhReader, ForwardKinematicsFollowsEachJointsChannelOrder) {
@@ -165,12 +175,16 @@ TEST(BvhReader, ReadsTheSameNumbersInAnyNumberOfParts) {
     ASSERT_FALSE(lf.empty());
     const BvhClip whole = parseBvh(lf, "run.bvh", 1);
     ASSERT_EQ(whole.values.size(), 173u * 96u);
-    for (const auto& [label, end] : {std::pair{"LF", "\n"}, {"CRLF", "\r\n"}, {"CR", "\r"}}) {
+    const std::vector<double> wholeValues = allValues(whole);
+    // Blank lines between the frames leave runs without a frame when read in many parts.
+    for (const auto& [label, end] :
+         {std::pair{"LF", "\n"}, {"CRLF", "\r\n"}, {"CR", "\r"}, {"LF LF", "\n\n"}}) {
         const std::string text = withLineEnds(lf, end);
         for (const int parts : {1, 2, 3, 7, 400}) {
             const BvhClip clip = parseBvh(text, "run.bvh", parts);
             EXPECT_EQ(clip.frameCount, whole.frameCount);
-            EXPECT_TRUE(clip.values == whole.values) << parts << " parts, " << label;
+            EXPECT_EQ(clip.values.size(), whole.values.size());
+            EXPECT_TRUE(allValues(clip) == wholeValues) << parts << " parts, " << label;
         }
     }
 }
@@ -220,7 +234,9 @@ TEST(BvhReader, ReadsNumbersToTheBitAsTheLibraryDoes) {
         const BvhClip read = parseBvh(clip, "n.bvh", parts);
         ASSERT_EQ(read.values.size(), numbers.size());
         for (size_t i = 0; i < numbers.size(); ++i)
-            ASSERT_EQ(std::bit_cast<uint64_t>(read.values[i]), expectedBits[i]) << numbers[i];
+            ASSERT_EQ(std::bit_cast<uint64_t>(*read.values.frame(static_cast<int>(i))),
+                      expectedBits[i])
+                << numbers[i];
     }
     for (const std::string& word : refused) {
         const std::string text = head + "MOTION\nFrames: 2\nFrame Time: 0.1\n1\n" + word + " 2\n";
