@@ -719,20 +719,3 @@ TEST_F(FbxAnimCurveTest, SharedKeyTimesActAsEachCurvesOwn) {
         check();
     }
 }
-
-// Curves holding even times share a column they do not use until one of them lists its
-// times; a curve joining with listed times keeps them.
-TEST_F(FbxAnimCurveTest, SharingStartsFromAnyStorageForm) {
-    FbxAnimCurve* even = CurveWith({0, 10, 20});
-    FbxAnimCurve* other = CurveWith({0, 10, 20});
-    FbxAnimCurve* listed = CurveWith({0, 10, 25});
-    other->KeyShareTimes(*even);
-    listed->KeyShareTimes(*even);
-    EXPECT_TRUE(other->KeyTimesEqual(*even));
-    EXPECT_EQ(Times(*listed), (std::vector<FbxLongLong>{0, 10, 25}));
-    for (FbxAnimCurve* curve : {even, other, listed}) curve->KeyAdd(FbxTime(33));
-    EXPECT_EQ(Times(*even), (std::vector<FbxLongLong>{0, 10, 20, 33}));
-    EXPECT_TRUE(other->KeyTimesEqual(*even));
-    EXPECT_EQ(Times(*listed), (std::vector<FbxLongLong>{0, 10, 25, 33}));
-    EXPECT_FALSE(listed->KeyTimesEqual(*even));
-}
