@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
+#include <limits>
 #include <numbers>
 #include <vector>
 
@@ -164,6 +168,144 @@ void Fail(FbxStatus* status, const char* message) {
 FbxDouble3 KeyTriple(FbxAnimCurve* const* curves, int index) {
     return FbxDouble3(curves[0]->KeyGetValue(index), curves[1]->KeyGetValue(index),
                       curves[2]->KeyGetValue(index));
+}
+
+// A smooth take moves each axis by far less than a sixth of a turn from key to key. Once the
+// reference is a key moved by whole turns on each axis, the walk's quick path keeps adding
+// those turns key after key and splits no gimbal lock: a steady run, whose values follow
+// from the keys alone. Its keys are checked four at a time in the vector lanes of the
+// compiler's vector types, in float arithmetic, with margins that hold whatever its rounding:
+// a key let through is one the quick path takes that way, and any doubtful key ends the run
+// and goes the full way.
+constexpr int kLanes = 4;
+using FloatLanes = float __attribute__((vector_size(kLanes * sizeof(float))));
+using LaneBits = std::int32_t __attribute__((vector_size(kLanes * sizeof(std::int32_t))));
+
+constexpr int kSteadyBlock = 256;
+// Runs end at flips and wraps; the first block after one is small, so a take that keeps
+// flipping copies few keys it will not use.
+constexpr int kSteadyFirstBlock = 32;
+// Keys of a run stay below this many degrees, so float steps are exact to within a few
+// thousandths of a degree, and the quick path's range holds with the turns added.
+constexpr float kSteadyRange = 65536.0f;
+constexpr double kSteadyTurns = 2000.0;
+// A step below this is within a sixth of a turn (60 degrees) in double arithmetic too.
+constexpr float kSteadyStep = 59.99f;
+// Middle angles further than this from 90 + 180n, in half turns (0.18 degrees), get no
+// gimbal-lock split; float rounding here errs by under 1e-4.
+constexpr float kSteadyLockMargin = 1e-3f;
+
+struct SteadyBlock {
+    // Per axis the run's first key, the keys after it, and room for a part-filled group.
+    std::array<std::array<float, 1 + kSteadyBlock + kLanes>, 3> keys;
+    std::array<double, 3> turns;
+};
+
+[[gnu::always_inline]] inline FloatLanes LoadLanes(const float* keys) {
+    FloatLanes lanes;
+    std::memcpy(&lanes, keys, sizeof lanes);
+    return lanes;
+}
+
+[[gnu::always_inline]] inline FloatLanes Abs(FloatLanes x) {
+    return std::bit_cast<FloatLanes>(std::bit_cast<LaneBits>(x) &
+                                     std::numeric_limits<std::int32_t>::max());
+}
+
+// Whether the walk's step for key index from ref is the quick one adding whole turns on
+// every axis, with no gimbal-lock split: the first key of a steady run, its turns then in
+// turns. Checked the walk's own way, in double arithmetic.
+bool SteadyStart(FbxAnimCurve* const* curves, int index, const FbxDouble3& ref,
+                 FbxEuler::EOrder order, std::array<double, 3>& turns) {
+    FbxDouble3 out;
+    for (size_t i = 0; i < 3; ++i) {
+        const auto axis = static_cast<int>(i);
+        const double key = curves[i]->KeyGetValue(index);
+        if (!(std::abs(key) < kSteadyRange) || !QuickTurn(key, ref[axis], out[axis])) {
+            return false;
+        }
+        turns[i] = RoundHalfAway((ref[axis] - key) / 360.0);
+        // With no turn to add the key stays as it is; a -0 may not.
+        const double kept = turns[i] == 0.0 ? key : key + 360.0 * turns[i];
+        if (!(std::abs(turns[i]) < kSteadyTurns) ||
+            std::bit_cast<std::uint64_t>(out[axis]) != std::bit_cast<std::uint64_t>(kept)) {
+            return false;
+        }
+    }
+    int a = 0, b = 1, c = 2;
+    FbxEuler::GetAxes(order, a, b, c);
+    const FbxDouble3 quick = out;
+    ResolveGimbalLock(out, ref, a, b, c, FbxEuler::IsParityEven(order));
+    // A split by zero may still flip the sign of a zero.
+    return std::bit_cast<std::array<std::uint64_t, 3>>(out) ==
+           std::bit_cast<std::array<std::uint64_t, 3>>(quick);
+}
+
+// Lanes (all bits set) of keys k.. whose step on axis stays steady: in range, within a
+// sixth of a turn of the key before, and, with no turn to add, not -0, whose sign the
+// quick step takes from the difference. On the order's middle axis, lanes whose angle may
+// be split for gimbal lock are left out too.
+[[gnu::always_inline]] inline LaneBits SteadyLanes(const SteadyBlock& block, size_t axis, int k,
+                                                   bool middle) {
+    const float* keys = block.keys[axis].data() + 1 + k;
+    const FloatLanes value = LoadLanes(keys);
+    LaneBits steady = Abs(value) < kSteadyRange;
+    steady &= Abs(value - LoadLanes(keys - 1)) < kSteadyStep;
+    if (block.turns[axis] == 0.0) {
+        steady &= std::bit_cast<LaneBits>(value) != std::numeric_limits<std::int32_t>::min();
+    }
+    if (middle) {
+        // Adding and taking away 1.5 * 2^23 rounds to a whole number of half turns.
+        constexpr float kRounder = 12582912.0f;
+        const FloatLanes halfTurns = (value - 90.0f) * (1.0f / 180.0f);
+        steady &= Abs(halfTurns - ((halfTurns + kRounder) - kRounder)) > kSteadyLockMargin;
+    }
+    return steady;
+}
+
+// The steady run of keys after key first (at most count of them), which starts a run with
+// turns, middle being the order's middle axis: its length; key first on in block.
+int SteadyRun(FbxAnimCurve* const* curves, int first, int count, const std::array<double, 3>& turns,
+              int middle, SteadyBlock& block) {
+    block.turns = turns;
+    for (size_t i = 0; i < 3; ++i) {
+        float* keys = block.keys[i].data();
+        curves[i]->KeyGetRange(first, count + 1, nullptr, keys, nullptr);
+        std::fill_n(keys + 1 + count, kLanes, 0.0f);
+    }
+    for (int k = 0; k < count; k += kLanes) {
+        LaneBits steady = SteadyLanes(block, 0, k, middle == 0);
+        steady &= SteadyLanes(block, 1, k, middle == 1);
+        steady &= SteadyLanes(block, 2, k, middle == 2);
+        if ((steady[0] & steady[1] & steady[2] & steady[3]) != 0) {
+            continue;
+        }
+        for (int lane = 0; lane < kLanes; ++lane) {
+            if (steady[lane] == 0) {
+                return std::min(count, k + lane);
+            }
+        }
+    }
+    return count;
+}
+
+// Stores the run's values (written when write is set) and moves ref to its last key; true
+// when a value changes. An axis with no turn to add keeps its keys as they are; on any other
+// the keys move by a whole turn or more, which float rounding cannot take back.
+bool CommitSteadyRun(FbxAnimCurve* const* curves, int first, int run, const SteadyBlock& block,
+                     bool write, FbxDouble3& ref) {
+    bool changed = false;
+    for (size_t i = 0; i < 3 && run > 0; ++i) {
+        const float* keys = block.keys[i].data();
+        const double shift = 360.0 * block.turns[i];
+        // With no turn to add, the walk keeps each key as it is, -0 included.
+        ref[static_cast<int>(i)] = shift == 0.0 ? keys[run - 1] : keys[run - 1] + shift;
+        changed = changed || shift != 0.0;
+        for (int k = 0; k < run && write && shift != 0.0; ++k) {
+            curves[i]->KeySetValue(first + k, static_cast<float>(keys[k] + shift));
+        }
+    }
+    return changed;
 }
 
 // Three scratch copies of the input curves, destroyed with this holder.
@@ -428,29 +570,53 @@ void FbxAnimCurveFilterUnroll::RunInPlace(FbxAnimCurve** curves, const FbxTimeSp
 bool FbxAnimCurveFilterUnroll::Walk(FbxAnimCurve** curves, int first, int last, bool write) const {
     FbxDouble3 ref = first > 0 ? KeyTriple(curves, first - 1) : FbxDouble3(0.0, 0.0, 0.0);
     bool changed = false;
-    for (int j = first; j <= last; ++j) {
-        const FbxDouble3 in = KeyTriple(curves, j);
-        FbxDouble3 out;
-        const bool flipped = V2VRef(out, in, ref, mRotationOrder);
-        for (int i = 0; i < 3 && write; ++i) {
-            const float value = static_cast<float>(out[i]);
-            changed = changed || value != curves[i]->KeyGetValue(j);
-            curves[i]->KeySetValue(j, value);
-            if (mForceAutoTangents && flipped) {
-                ForceAutoTangent(*curves[i], j);
-            }
+    int a = 0, b = 1, c = 2;
+    // The path test looks at every step; the spheric order keeps every key as it is.
+    const bool runs = !mTestForPath && FbxEuler::GetAxes(mRotationOrder, a, b, c);
+    SteadyBlock block;
+    std::array<double, 3> turns{};
+    int blockSize = kSteadyFirstBlock;
+    for (int j = first; j <= last;) {
+        if (runs && SteadyStart(curves, j, ref, mRotationOrder, turns)) {
+            const int count = std::min(blockSize, last - j);
+            const int run = 1 + SteadyRun(curves, j, count, turns, b, block);
+            changed = CommitSteadyRun(curves, j, run, block, write, ref) || changed;
+            j += run;
+            blockSize = run > count ? std::min(2 * blockSize, kSteadyBlock) : kSteadyFirstBlock;
+            continue;
         }
-        for (int i = 0; i < 3 && !write; ++i) {
-            changed = changed || static_cast<float>(out[i]) != curves[i]->KeyGetValue(j);
-        }
-        if (mTestForPath && InterpolationQualityFactor(FbxVector4(ref[0], ref[1], ref[2], 1.0),
-                                                       FbxVector4(out[0], out[1], out[2], 1.0),
-                                                       mRotationOrder) < mQualityTolerance) {
+        if (!Step(curves, j, write, ref, changed)) {
             break;
         }
-        ref = out;
+        ++j;
     }
     return changed;
+}
+
+// One key the full way: flips, whole turns, gimbal lock and the path test, which may stop
+// the walk (false).
+bool FbxAnimCurveFilterUnroll::Step(FbxAnimCurve** curves, int index, bool write, FbxDouble3& ref,
+                                    bool& changed) const {
+    const FbxDouble3 in = KeyTriple(curves, index);
+    FbxDouble3 out;
+    const bool flipped = V2VRef(out, in, ref, mRotationOrder);
+    for (int i = 0; i < 3; ++i) {
+        const float value = static_cast<float>(out[i]);
+        changed = changed || value != curves[i]->KeyGetValue(index);
+        if (write) {
+            curves[i]->KeySetValue(index, value);
+        }
+        if (write && mForceAutoTangents && flipped) {
+            ForceAutoTangent(*curves[i], index);
+        }
+    }
+    if (mTestForPath && InterpolationQualityFactor(FbxVector4(ref[0], ref[1], ref[2], 1.0),
+                                                   FbxVector4(out[0], out[1], out[2], 1.0),
+                                                   mRotationOrder) < mQualityTolerance) {
+        return false;
+    }
+    ref = out;
+    return true;
 }
 
 void FbxAnimCurveFilterUnroll::ForceAutoTangent(FbxAnimCurve& curve, int index) {

@@ -76,6 +76,9 @@ private:
                     bool commit, bool& changed) const;
     // Walks keys first..last, rewriting them when write is set; true when a value changes.
     bool Walk(FbxAnimCurve** curves, int first, int last, bool write) const;
+    // Unrolls key index from ref and makes it the next ref; false when the path test stops
+    // the walk there.
+    bool Step(FbxAnimCurve** curves, int index, bool write, FbxDouble3& ref, bool& changed) const;
     static void ForceAutoTangent(FbxAnimCurve& curve, int index);
     void ReplaceSpan(FbxAnimCurve& curve, const FbxAnimCurve& unrolled,
                      const FbxTimeSpan& span) const;

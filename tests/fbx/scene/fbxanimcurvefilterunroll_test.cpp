@@ -7,6 +7,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <numbers>
 #include <random>
 #include <thread>
@@ -379,6 +380,162 @@ TEST_F(FbxUnrollTest, RandomTakesKeepTheirRotationsAndBecomeContinuous) {
         EXPECT_LE(worstStep, 8.0 + 1e-3);
     }
     EXPECT_EQ(mScene->GetMemberCount<FbxAnimCurve>(), 3);
+}
+
+// The walk as it reads: each key unrolled from the one before it (the first from zero, or
+// from the key before the filter's start), one key after another, stored as float. A single
+// key has nothing to be unrolled against and stays.
+std::vector<FbxDouble3> PlainWalk(const std::vector<FbxDouble3>& keys, int start,
+                                  FbxEuler::EOrder order, bool& changed) {
+    std::vector<FbxDouble3> out;
+    FbxDouble3 ref(0, 0, 0);
+    for (const FbxDouble3& key : keys) {
+        out.emplace_back(static_cast<float>(key[0]), static_cast<float>(key[1]),
+                         static_cast<float>(key[2]));
+    }
+    if (start > 0) {
+        ref = out[static_cast<size_t>(start) - 1];
+    }
+    changed = false;
+    if (out.size() < static_cast<size_t>(start) + 2) {
+        return out;
+    }
+    for (size_t k = static_cast<size_t>(start); k < out.size(); ++k) {
+        FbxDouble3 unrolled;
+        FbxAnimCurveFilterUnroll::V2VRef(unrolled, out[k], ref, order);
+        for (int i = 0; i < 3; ++i) {
+            const auto value = static_cast<float>(unrolled[i]);
+            changed = changed || value != static_cast<float>(out[k][i]);
+            out[k][i] = value;
+        }
+        ref = unrolled;
+    }
+    return out;
+}
+
+// Takes of many kinds, from smooth to hostile: small steps that wrap at +-180 and add whole
+// turns, flips to the equivalent triple, steps right at a sixth of a turn, middle angles at
+// or near a quarter turn, zeros of either sign, huge values, infinities and not-a-numbers,
+// angles many turns out, one key or two. In every order, from the first key or from one
+// further on, the filter must leave each key bit for bit where the plain walk puts it.
+TEST_F(FbxUnrollTest, SameKeysAsThePlainWalk) {
+    std::mt19937 random(77);
+    const auto uniform = [&](double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random);
+    };
+    const double special[] = {0.0,    -0.0,   90.0,   -90.0,        270.0,    89.9999999,
+                              90.002, 180.0,  -180.0, 65535.9,      65536.0,  999999.0,
+                              1e6,    1e7,    -1e30,  std::nan(""), INFINITY, -INFINITY,
+                              1e-30,  -1e-30, 59.99,  60.0,         -60.0001, 720000.5};
+    using Take = std::vector<FbxDouble3>;
+    const auto smooth = [&](int keys, double step, double start) {
+        Take take;
+        FbxDouble3 angles(start, uniform(-170, 170), uniform(-170, 170));
+        for (int k = 0; k < keys; ++k) {
+            take.emplace_back(std::remainder(angles[0], 360.0), std::remainder(angles[1], 360.0),
+                              std::remainder(angles[2], 360.0));
+            for (int i = 0; i < 3; ++i) {
+                angles[i] += uniform(-step, step);
+            }
+        }
+        return take;
+    };
+    const struct {
+        const char* name;
+        std::function<Take(int middle)> make;
+    } kinds[] = {
+        {"smooth", [&](int) { return smooth(700, 4.0, uniform(-180, 180)); }},
+        {"spinning", [&](int) { return smooth(700, 25.0, 0.0); }},
+        {"steps near a sixth of a turn", [&](int) { return smooth(300, 61.0, 10.0); }},
+        {"big steps", [&](int) { return smooth(300, 130.0, 10.0); }},
+        {"flips",
+         [&](int) {
+             Take take = smooth(500, 3.0, 0.0);
+             for (size_t k = 0; k < take.size(); k += 1 + random() % 40) {
+                 take[k] = FbxDouble3(take[k][0] + 180, 180 - take[k][1], take[k][2] + 180);
+             }
+             return take;
+         }},
+        {"whole turns out",
+         [&](int) {
+             Take take = smooth(400, 5.0, 0.0);
+             const double turns = 360.0 * static_cast<double>(random() % 4000);
+             for (FbxDouble3& key : take) {
+                 key[random() % 3] += turns;
+             }
+             return take;
+         }},
+        {"middle at a quarter turn",
+         [&](int) {
+             Take take = smooth(400, 3.0, 0.0);
+             const double near[] = {90.0, 270.0, -90.0, 90.0 + 1e-7, 90.0 - 1e-3, 450.0, 89.8};
+             for (FbxDouble3& key : take) {
+                 key[random() % 3] = near[random() % std::size(near)];
+             }
+             return take;
+         }},
+        {"special values",
+         [&](int) {
+             Take take = smooth(300, 20.0, 0.0);
+             for (size_t k = 0; k < take.size(); k += 1 + random() % 6) {
+                 take[k][random() % 3] = special[random() % std::size(special)];
+             }
+             return take;
+         }},
+        {"zeros",
+         [&](int middle) {
+             Take take(300, FbxDouble3(0.0, -0.0, 0.0));
+             for (size_t k = 0; k < take.size(); k += 1 + random() % 9) {
+                 take[k][random() % 3] = random() % 2 ? -0.0 : uniform(-1e-3, 1e-3);
+             }
+             for (size_t k = 200; k < take.size(); ++k) {
+                 take[k][middle] = 90.0;
+             }
+             return take;
+         }},
+        {"one key", [&](int) { return Take{FbxDouble3(-0.0, 270.0, -190.0)}; }},
+        {"two keys",
+         [&](int) {
+             return Take{FbxDouble3(170, 0, -0.0), FbxDouble3(-170, 0, 0)};
+         }},
+    };
+    int mismatches = 0;
+    for (const auto& kind : kinds) {
+        for (FbxEuler::EOrder order :
+             {FbxEuler::eOrderXYZ, FbxEuler::eOrderXZY, FbxEuler::eOrderYZX, FbxEuler::eOrderYXZ,
+              FbxEuler::eOrderZXY, FbxEuler::eOrderZYX}) {
+            int a = 0, b = 1, c = 2;
+            FbxEuler::GetAxes(order, a, b, c);
+            const Take take = kind.make(b);
+            const int start = take.size() > 2 ? static_cast<int>(random() % 3) : 0;
+            for (FbxAnimCurve* curve : mCurves) {
+                curve->KeyClear();
+            }
+            for (size_t k = 0; k < take.size(); ++k) {
+                Key(static_cast<int>(k), take[k]);
+            }
+            bool expectChange = false;
+            const Take expected = PlainWalk(take, start, order, expectChange);
+            mFilter.Reset();
+            mFilter.SetRotationOrder(order);
+            mFilter.SetStartTime(FbxTime(start * 1176000LL));
+            const bool need = mFilter.NeedApply(mCurves, 3, &mStatus);
+            ASSERT_TRUE(mFilter.Apply(mCurves, 3, &mStatus)) << kind.name;
+            int wrong = need != expectChange ? 1 : 0;
+            for (size_t k = 0; k < take.size(); ++k) {
+                for (int i = 0; i < 3; ++i) {
+                    const float got = mCurves[i]->KeyGetValue(static_cast<int>(k));
+                    const auto want = static_cast<float>(expected[k][i]);
+                    wrong += std::bit_cast<uint32_t>(got) != std::bit_cast<uint32_t>(want);
+                }
+            }
+            if (wrong > 0 && ++mismatches <= 5) {
+                ADD_FAILURE() << kind.name << ", order " << order << ", start " << start << ": "
+                              << wrong << " keys differ";
+            }
+        }
+    }
+    EXPECT_EQ(mismatches, 0);
 }
 
 // Every key of the three curves, to tell whether a run changed anything.
