@@ -62,7 +62,9 @@ SegmentState toState(const Placement& p) {
             {p.orientation.w, p.orientation.x, p.orientation.y, p.orientation.z}};
 }
 
-Placement place(const Placement& parent, const Vec3& offset, const Quat& local) {
+// Runs for every segment and finger joint of every frame: inline, so that each placement is
+// built where it is kept rather than copied there.
+inline Placement place(const Placement& parent, const Vec3& offset, const Quat& local) {
     return {parent.position + takemath::rotate(parent.orientation, offset),
             parent.orientation * local};
 }
