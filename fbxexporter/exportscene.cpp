@@ -33,6 +33,7 @@ ExportScene::~ExportScene() {
 
 void ExportScene::open(const QString& takeName, const QString& comment, bool deterministic) {
     setSegmentNames({});
+    m_keyTimesCurve = nullptr;
     InitializeSdkObjects(m_manager, m_scene);
     m_manager->GetIOSettings()->SetBoolProp(EXP_FBX_DETERMINISTIC, deterministic);
     createDocumentInfo(comment);
