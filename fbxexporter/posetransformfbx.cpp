@@ -3,17 +3,18 @@
 #include <algorithm>
 
 #include "axisconvention.h"
-#include "hostposition.h"
+#include "math/matherror.h"
 #include "skeletondefinition.h"
 
 using namespace SkeletonDefinition;
 
 namespace {
 
-nuvia::Vector3 difference(const NuVector& a, const NuVector& b) {
-    nuvia::Vector3 d;
-    d.setVecSubVec(firstThree(a), firstThree(b));
-    return d;
+// a - b on FBX axes, from the first three elements of each; a shorter position fails as the
+// checked conversion does. Formed in place: every segment of every frame takes one.
+nuvia::Vector3 fbxDifference(const NuVector& a, const NuVector& b) {
+    if (a.size() < 3 || b.size() < 3) nuvia::throwMathError("Vector3", "Source vector too small");
+    return nuvia::Vector3(a[1] - b[1], a[2] - b[2], a[0] - b[0]);
 }
 
 int hostSegmentOrRoot(int segment) {
@@ -137,7 +138,7 @@ void PoseTransformFbx::transformBody(const PoseReading& pose, int code) {
     // The offset is the difference of the global positions, not rotated into the parent's
     // frame: it is the true local offset where the parent is unrotated, as in the T-pose that
     // sets up the skeleton, which is where readers take the bone offsets from.
-    m_translations[code] = toFbxAxes(difference(pose.position(code), pose.position(parent)));
+    m_translations[code] = fbxDifference(pose.position(code), pose.position(parent));
     setLocal(code, m_globalOrientations[parent], global);
 }
 
@@ -151,14 +152,14 @@ void PoseTransformFbx::transformFinger(const PoseReading& pose, int code) {
 
     const int parentJoint = m_fingerParents[hand.joint];
     if (parentJoint < 0) {
-        m_translations[index] = toFbxAxes(difference(finger.position, pose.position(hand.segment)));
+        m_translations[index] = fbxDifference(finger.position, pose.position(hand.segment));
         setLocal(index, m_globalOrientations[hand.segment], global);
         return;
     }
     const int parentIndex = (*hand.poseIndex)[parentJoint];
     if (parentIndex < 0) return;
     m_translations[index] =
-        toFbxAxes(difference(finger.position, pose.finger(hand.id, parentJoint).position));
+        fbxDifference(finger.position, pose.finger(hand.id, parentJoint).position);
     setLocal(index, m_globalOrientations[parentIndex], global);
 }
 
