@@ -23,12 +23,10 @@ public:
     bool readWhile(const ZavoPoseObject& pose, Usable usable);
 
     int segmentCount() const { return static_cast<int>(m_positions.size()); }
-    const std::vector<NuVector>& positions() const { return m_positions; }
     // The position of segment `i`, empty for a segment the pose does not have.
     const NuVector& position(int i) const;
     // The global orientation of segment `i`, which the pose has.
     const NuQuaternion& orientation(int i) const { return m_orientations[static_cast<size_t>(i)]; }
-    bool hasFingers() const { return m_hasFingers; }
     // Finger joint `joint` (0 to 19) of `hand`; unrotated at the origin without finger data.
     const KexSegmentPose& finger(NuHandId hand, int joint) const;
 
