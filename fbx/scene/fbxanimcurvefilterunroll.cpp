@@ -199,6 +199,8 @@ struct SteadyBlock {
     // Per axis the run's first key, the keys after it, and room for a part-filled group.
     std::array<std::array<float, 1 + kSteadyBlock + kLanes>, 3> keys;
     std::array<double, 3> turns;
+    // Per axis whether a key of the run may be -0.
+    std::array<bool, 3> zeros;
 };
 
 [[gnu::always_inline]] inline FloatLanes LoadLanes(const float* keys) {
@@ -210,6 +212,17 @@ struct SteadyBlock {
 [[gnu::always_inline]] inline FloatLanes Abs(FloatLanes x) {
     return std::bit_cast<FloatLanes>(std::bit_cast<LaneBits>(x) &
                                      std::numeric_limits<std::int32_t>::max());
+}
+
+// What the quick step with turns makes of key after previous (the value it is unrolled
+// from). With no turn to add it keeps the key, but a zero takes the sign of the difference
+// added to it: -0 stays only below a negative reference.
+double SteadyValue(double key, double previous, double turns) {
+    if (turns != 0.0) {
+        return key + 360.0 * turns;
+    }
+    const bool negativeZero = key == 0.0 && std::signbit(key);
+    return negativeZero && !(previous < 0.0) ? 0.0 : key;
 }
 
 // Whether the walk's step for key index from ref is the quick one adding whole turns on
@@ -225,10 +238,9 @@ bool SteadyStart(FbxAnimCurve* const* curves, int index, const FbxDouble3& ref,
             return false;
         }
         turns[i] = RoundHalfAway((ref[axis] - key) / 360.0);
-        // With no turn to add the key stays as it is; a -0 may not.
-        const double kept = turns[i] == 0.0 ? key : key + 360.0 * turns[i];
+        const double steady = SteadyValue(key, ref[axis], turns[i]);
         if (!(std::abs(turns[i]) < kSteadyTurns) ||
-            std::bit_cast<std::uint64_t>(out[axis]) != std::bit_cast<std::uint64_t>(kept)) {
+            std::bit_cast<std::uint64_t>(out[axis]) != std::bit_cast<std::uint64_t>(steady)) {
             return false;
         }
     }
@@ -241,19 +253,16 @@ bool SteadyStart(FbxAnimCurve* const* curves, int index, const FbxDouble3& ref,
            std::bit_cast<std::array<std::uint64_t, 3>>(quick);
 }
 
-// Lanes (all bits set) of keys k.. whose step on axis stays steady: in range, within a
-// sixth of a turn of the key before, and, with no turn to add, not -0, whose sign the
-// quick step takes from the difference. On the order's middle axis, lanes whose angle may
-// be split for gimbal lock are left out too.
+// Lanes (all bits set) of keys k.. whose step on axis stays steady: in range and within a
+// sixth of a turn of the key before. On the order's middle axis, lanes whose angle may be
+// split for gimbal lock are left out too. Lanes holding -0 are added to zeros.
 [[gnu::always_inline]] inline LaneBits SteadyLanes(const SteadyBlock& block, size_t axis, int k,
-                                                   bool middle) {
+                                                   bool middle, LaneBits& zeros) {
     const float* keys = block.keys[axis].data() + 1 + k;
     const FloatLanes value = LoadLanes(keys);
+    zeros |= std::bit_cast<LaneBits>(value) == std::numeric_limits<std::int32_t>::min();
     LaneBits steady = Abs(value) < kSteadyRange;
     steady &= Abs(value - LoadLanes(keys - 1)) < kSteadyStep;
-    if (block.turns[axis] == 0.0) {
-        steady &= std::bit_cast<LaneBits>(value) != std::numeric_limits<std::int32_t>::min();
-    }
     if (middle) {
         // Adding and taking away 1.5 * 2^23 rounds to a whole number of half turns.
         constexpr float kRounder = 12582912.0f;
@@ -273,35 +282,64 @@ int SteadyRun(FbxAnimCurve* const* curves, int first, int count, const std::arra
         curves[i]->KeyGetRange(first, count + 1, nullptr, keys, nullptr);
         std::fill_n(keys + 1 + count, kLanes, 0.0f);
     }
+    // -0 lanes, on the way: keys of the block, a few perhaps past the run.
+    std::array<LaneBits, 3> zeros{};
+    int run = count;
     for (int k = 0; k < count; k += kLanes) {
-        LaneBits steady = SteadyLanes(block, 0, k, middle == 0);
-        steady &= SteadyLanes(block, 1, k, middle == 1);
-        steady &= SteadyLanes(block, 2, k, middle == 2);
-        if ((steady[0] & steady[1] & steady[2] & steady[3]) != 0) {
-            continue;
-        }
-        for (int lane = 0; lane < kLanes; ++lane) {
-            if (steady[lane] == 0) {
-                return std::min(count, k + lane);
+        LaneBits steady = SteadyLanes(block, 0, k, middle == 0, zeros[0]);
+        steady &= SteadyLanes(block, 1, k, middle == 1, zeros[1]);
+        steady &= SteadyLanes(block, 2, k, middle == 2, zeros[2]);
+        if ((steady[0] & steady[1] & steady[2] & steady[3]) == 0) {
+            int lane = 0;
+            while (steady[lane] != 0) {
+                ++lane;
             }
+            run = std::min(count, k + lane);
+            break;
         }
     }
-    return count;
+    for (size_t i = 0; i < 3; ++i) {
+        const float key = block.keys[i][0];
+        block.zeros[i] = (zeros[i][0] | zeros[i][1] | zeros[i][2] | zeros[i][3]) != 0 ||
+                         (key == 0.0f && std::signbit(key));
+    }
+    return run;
+}
+
+// Stores an axis's run with no turn to add: the keys stay, but a -0 may become +0 (see
+// SteadyValue), from ref for the first key. Returns the last key's value.
+double CommitKeptAxis(FbxAnimCurve& curve, int first, int run, const float* keys, double ref,
+                      bool write) {
+    double previous = ref;
+    for (int k = 0; k < run; ++k) {
+        const double value = SteadyValue(keys[k], previous, 0.0);
+        if (write && std::signbit(value) != std::signbit(keys[k])) {
+            curve.KeySetValue(first + k, static_cast<float>(value));
+        }
+        previous = value;
+    }
+    return previous;
 }
 
 // Stores the run's values (written when write is set) and moves ref to its last key; true
-// when a value changes. An axis with no turn to add keeps its keys as they are; on any other
-// the keys move by a whole turn or more, which float rounding cannot take back.
+// when a value changes, as a turn added to keys below a million degrees does: float
+// rounding cannot take it back. A zero changing its sign is no change.
 bool CommitSteadyRun(FbxAnimCurve* const* curves, int first, int run, const SteadyBlock& block,
                      bool write, FbxDouble3& ref) {
     bool changed = false;
     for (size_t i = 0; i < 3 && run > 0; ++i) {
         const float* keys = block.keys[i].data();
         const double shift = 360.0 * block.turns[i];
-        // With no turn to add, the walk keeps each key as it is, -0 included.
-        ref[static_cast<int>(i)] = shift == 0.0 ? keys[run - 1] : keys[run - 1] + shift;
-        changed = changed || shift != 0.0;
-        for (int k = 0; k < run && write && shift != 0.0; ++k) {
+        const auto axis = static_cast<int>(i);
+        if (shift == 0.0) {
+            ref[axis] = block.zeros[i]
+                            ? CommitKeptAxis(*curves[i], first, run, keys, ref[axis], write)
+                            : keys[run - 1];
+            continue;
+        }
+        changed = true;
+        ref[axis] = keys[run - 1] + shift;
+        for (int k = 0; k < run && write; ++k) {
             curves[i]->KeySetValue(first + k, static_cast<float>(keys[k] + shift));
         }
     }
