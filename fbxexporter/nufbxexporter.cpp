@@ -5,9 +5,9 @@
 #include <QMessageLogger>
 #include <system_error>
 
+#include "fbx/io/fbxprocessorthreads.h"
 #include "fbx/scene/fbxnode.h"
 #include "fbxglue.h"
-#include "processorthreads.h"
 
 namespace {
 
@@ -74,7 +74,7 @@ bool NuFbxExporter::initialize(const QString& fileName) {
     m_timing =
         KeyTiming(m_settings, m_host.frameRate(), m_host.recordStartTime().toMSecsSinceEpoch());
     m_scene.setTimeMode(m_timing.timeMode(), m_timing.exportRate());
-    m_scene.setUnrollThreads(m_helperThreadsWanted ? processorThreads() : 1);
+    m_scene.setUnrollThreads(m_helperThreadsWanted ? FbxProcessorThreads() : 1);
     m_exportedFrameCount =
         static_cast<int32_t>(m_host.frameCount() / (int64_t{m_settings.frameSkip} + 1));
     m_counts = FrameCounts();
@@ -85,7 +85,7 @@ bool NuFbxExporter::initialize(const QString& fileName) {
 }
 
 void NuFbxExporter::startKeying() {
-    if (!m_helperThreadsWanted || processorThreads() < 2) return;
+    if (!m_helperThreadsWanted || FbxProcessorThreads() < 2) return;
     try {
         m_keying = std::make_unique<KeyingThread>(
             [this](std::span<const ChannelKey> keys) { keyIntoScene(keys); });

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "fbx/io/fbxhelperthread.h"
+#include "fbx/io/fbxprocessorthreads.h"
 
 namespace {
 
@@ -64,7 +65,7 @@ FbxArrayPacker::~FbxArrayPacker() {
 }
 
 int FbxArrayPacker::DefaultWorkers() {
-    const int threads = static_cast<int>(std::thread::hardware_concurrency());
+    const int threads = static_cast<int>(FbxProcessorThreads());
     return std::clamp(threads - 1, 0, 3);
 }
 

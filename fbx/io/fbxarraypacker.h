@@ -26,7 +26,8 @@ public:
     FbxArrayPacker(const FbxArrayPacker&) = delete;
     FbxArrayPacker& operator=(const FbxArrayPacker&) = delete;
 
-    // One fewer than the processor's threads, at most three: the writer keeps one.
+    // One fewer than the processor threads the process may run on, at most three: the writer
+    // keeps one.
     static int DefaultWorkers();
 
     // A buffer for the bytes of an array to Prepare: one the packer is done with, its old bytes

@@ -1,11 +1,11 @@
-#include "processorthreads.h"
+#include "fbx/io/fbxprocessorthreads.h"
 
 #include <sched.h>
 
 #include <algorithm>
 #include <thread>
 
-unsigned processorThreads() {
+unsigned FbxProcessorThreads() {
     cpu_set_t set;
     CPU_ZERO(&set);
     if (::sched_getaffinity(0, sizeof set, &set) == 0) {
