@@ -91,20 +91,19 @@ bool FbxExporterLocal::exportFrame(int frame) {
     m_poseTransform->transform(keyed->reading);
     const nuvia::Vector3 pelvis = toFbxAxes(nuvia::Vector3(keyed->reading.position(0)));
     const int count = std::min(m_poseTransform->getSegmentCount(), segmentCount());
-    nuvia::Vector3 t, r;
     for (int i = 0; i < count; ++i) {
-        m_poseTransform->getSegmentPose(i, t, r);
         // Only the pelvis moves; every other joint keeps its offset from its parent. Walking on
         // the spot keeps the pelvis's horizontal position at its own: zero, formed as a
         // difference so that a position that is not a number stays visible.
         if (i == 0) {
+            nuvia::Vector3 t = m_poseTransform->getSegmentTranslation(i);
             if (settings().walkOnTheSpot) {
                 t[0] = pelvis[0] - pelvis[0];
                 t[2] = pelvis[2] - pelvis[2];
             }
             keyTranslation(i, keyed->time, t);
         }
-        keyRotation(i, keyed->time, r);
+        keyRotation(i, keyed->time, m_poseTransform->getSegmentRotation(i));
     }
     return true;
 }

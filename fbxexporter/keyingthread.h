@@ -13,15 +13,17 @@
 
 #include "fbx/scene/fbxtime.h"
 
-// One key of an animated segment's translation or rotation, with its final values: only their
-// storage in single precision, which the curves do, lies ahead.
+// One key of an animated segment's translation or rotation. A Translation or Rotation key holds
+// its final X, Y, Z values: only their storage in single precision, which the curves do, lies
+// ahead. An Orientation key is a rotation key given as the local rotation (W, X, Y, Z), whose
+// Euler angles are formed where the keys are made, off the thread that reads the frames.
 struct ChannelKey {
-    enum Channel : uint8_t { Translation, Rotation };
+    enum Channel : uint8_t { Translation, Rotation, Orientation };
 
     int32_t segment;
     Channel channel;
     FbxTime time;
-    float values[3];  // X, Y, Z
+    double values[4];
 };
 
 // Makes the keys of an export run on a thread of its own while the host's thread reads and
@@ -47,7 +49,7 @@ public:
         slot.segment = key.segment;
         slot.channel = key.channel;
         slot.time = key.time;
-        for (int i = 0; i < 3; ++i) slot.values[i] = key.values[i];
+        for (int i = 0; i < 4; ++i) slot.values[i] = key.values[i];
         if (m_filling.size() >= BatchKeys) handOver();
     }
     // Throws what made the keying fail, if anything did; it then stopped at the failing key.

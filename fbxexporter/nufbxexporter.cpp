@@ -152,16 +152,16 @@ void NuFbxExporter::keyTranslation(int segment, FbxTime time, const nuvia::Vecto
     addKey({segment,
             ChannelKey::Translation,
             time,
-            {static_cast<float>(translation[0] * scale), static_cast<float>(translation[1] * scale),
-             static_cast<float>(translation[2] * scale)}});
+            {translation[0] * scale, translation[1] * scale, translation[2] * scale}});
 }
 
 void NuFbxExporter::keyRotation(int segment, FbxTime time, const nuvia::Vector3& euler) {
-    addKey({segment,
-            ChannelKey::Rotation,
-            time,
-            {static_cast<float>(euler[0]), static_cast<float>(euler[1]),
-             static_cast<float>(euler[2])}});
+    addKey({segment, ChannelKey::Rotation, time, {euler[0], euler[1], euler[2]}});
+}
+
+void NuFbxExporter::keyRotation(int segment, FbxTime time, const nuvia::Quaternion& rotation) {
+    addKey(
+        {segment, ChannelKey::Orientation, time, {rotation.w, rotation.x, rotation.y, rotation.z}});
 }
 
 void NuFbxExporter::addKey(const ChannelKey& key) {
@@ -173,14 +173,22 @@ void NuFbxExporter::addKey(const ChannelKey& key) {
 }
 
 void NuFbxExporter::keyIntoScene(std::span<const ChannelKey> keys) {
+    nuvia::Vector3 values;
     for (const ChannelKey& key : keys) {
         AnimatedSegment* segment = m_scene.animatedSegment(key.segment);
         if (!segment) continue;
-        const bool rotation = key.channel == ChannelKey::Rotation;
-        ChannelCurves& curves = rotation ? segment->rotation : segment->translation;
+        const bool translation = key.channel == ChannelKey::Translation;
+        ChannelCurves& curves = translation ? segment->translation : segment->rotation;
         FbxProperty& property =
-            rotation ? segment->node->LclRotation : segment->node->LclTranslation;
-        curves.key(property, m_scene.layer(), key.time, key.values[0], key.values[1], key.values[2],
+            translation ? segment->node->LclTranslation : segment->node->LclRotation;
+        if (key.channel == ChannelKey::Orientation) {
+            nuvia::Quaternion(key.values[0], key.values[1], key.values[2], key.values[3])
+                .toEuler(values);
+        } else {
+            values = nuvia::Vector3(key.values[0], key.values[1], key.values[2]);
+        }
+        curves.key(property, m_scene.layer(), key.time, static_cast<float>(values[0]),
+                   static_cast<float>(values[1]), static_cast<float>(values[2]),
                    m_exportedFrameCount, m_scene.keyTimesCurve());
     }
 }

@@ -19,6 +19,7 @@
 #include "framecounts.h"
 #include "keyingthread.h"
 #include "keytiming.h"
+#include "math/quaternion.h"
 #include "math/vector.h"
 #include "posereading.h"
 
@@ -98,6 +99,8 @@ protected:
     void keyTranslation(int segment, FbxTime time, const nuvia::Vector3& translation);
     // Keys animated segment `segment`'s rotation, XYZ Euler angles in degrees.
     void keyRotation(int segment, FbxTime time, const nuvia::Vector3& euler);
+    // The same for a rotation given as a quaternion: its XYZ Euler angles are keyed.
+    void keyRotation(int segment, FbxTime time, const nuvia::Quaternion& rotation);
 
     // Scene and frame export of a take without a body: one flat node per tracked object, with
     // null attributes or markers.

@@ -61,8 +61,10 @@ PoseTransformFbx::PoseTransformFbx(const ZavoPoseObject& pose, const KexJointArr
     }
     m_translations.resize(size);
     m_globalOrientations.resize(size, nuvia::Quaternion(0, 0, 0, 0));
-    m_localOrientations.resize(size, nuvia::Quaternion(0, 0, 0, 0));
-    m_rotations.resize(size);
+    // A segment no pose covers has always stood at Euler angles of exactly +0: the
+    // identity with a -0 X is the rotation whose angles come out so (the plain identity's
+    // pitch is -0).
+    m_localOrientations.resize(size, nuvia::Quaternion(1, -0.0, 0, 0));
 }
 
 void PoseTransformFbx::appendFingers(int firstCode) {
@@ -132,7 +134,6 @@ void PoseTransformFbx::transformBody(const PoseReading& pose, int code) {
     if (parent < 0) {
         m_translations[code] = toFbxAxes(nuvia::Vector3(pose.position(code)));
         m_localOrientations[code] = global;
-        global.toEuler(m_rotations[code]);
         return;
     }
     // The offset is the difference of the global positions, not rotated into the parent's
@@ -168,7 +169,5 @@ void PoseTransformFbx::setLocal(int index, const nuvia::Quaternion& parentGlobal
     // Host orientations are unit quaternions, so the conjugate serves as the inverse.
     nuvia::Quaternion inverseParent;
     inverseParent.setInverseOf(parentGlobal);
-    nuvia::Quaternion& local = m_localOrientations[index];
-    local.setQuatMulQuat(inverseParent, global);
-    local.toEuler(m_rotations[index]);
+    m_localOrientations[index].setQuatMulQuat(inverseParent, global);
 }

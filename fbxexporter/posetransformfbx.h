@@ -14,7 +14,7 @@
 
 // Turns the host's poses (global positions and orientations, host axes, Z up) into the
 // exported skeleton's local transforms (FBX axes, Y up): for every exported segment a
-// translation from its parent and a local rotation as XYZ Euler angles in degrees.
+// translation from its parent and a local rotation.
 //
 // The skeleton is fixed at construction: body segments, finger joints when the given pose
 // has finger data, and every prop the host's joint list attaches to a segment. Export
@@ -28,11 +28,19 @@ public:
     int getSegmentCount() const { return static_cast<int>(m_segmentMap.size()); }
     // Name, pose index and parent pose index (-1 for a root) of export position i.
     void getSegmentMeta(int i, QString& name, int& index, int& parent) const;
-    // Translation and rotation of export position i as of the last transform().
+    // Translation and rotation (XYZ Euler angles in degrees) of export position i as of the
+    // last transform().
     void getSegmentPose(int i, nuvia::Vector3& translation, nuvia::Vector3& rotation) const {
-        const size_t index = m_poseIndices[static_cast<size_t>(i)];
-        translation = m_translations[index];
-        rotation = m_rotations[index];
+        translation = getSegmentTranslation(i);
+        getSegmentRotation(i).toEuler(rotation);
+    }
+    // The same translation and the rotation whose Euler angles getSegmentPose() gives, for
+    // those who form the angles elsewhere.
+    const nuvia::Vector3& getSegmentTranslation(int i) const {
+        return m_translations[m_poseIndices[static_cast<size_t>(i)]];
+    }
+    const nuvia::Quaternion& getSegmentRotation(int i) const {
+        return m_localOrientations[m_poseIndices[static_cast<size_t>(i)]];
     }
     // Computes every segment's local transform from one frame's pose. A segment the pose does
     // not cover keeps its previous values. Throws NuException when a root segment's position is
@@ -71,5 +79,4 @@ private:
     std::vector<nuvia::Vector3> m_translations;
     std::vector<nuvia::Quaternion> m_globalOrientations;
     std::vector<nuvia::Quaternion> m_localOrientations;
-    std::vector<nuvia::Vector3> m_rotations;
 };

@@ -119,6 +119,26 @@ TEST(SkeletonPreset, InvalidFirstPoseMissingPoseAndShortPositions) {
     EXPECT_EQ(second.keyCount("Hips", true), 1);
     EXPECT_EQ(second.lastError(), "Received invalid pose data");
     second.finalize(true);
+
+    // Poses of fewer segments than the body: a joint past their end (RightUpLeg, host segment
+    // 15) stands and is keyed unrotated, at angles of exactly +0; a -0 is another file.
+    FakeHost shortPoses;
+    loadRigidTake(shortPoses, {.frames = 2});
+    for (FakePose* pose :
+         {&shortPoses.calibrationPose, &*shortPoses.frames[0], &*shortPoses.frames[1]}) {
+        pose->positions.resize(12);
+        pose->orientations.resize(12);
+    }
+    LocalProbe third(shortPoses);
+    third.run();
+    ASSERT_EQ(third.segmentNames().size(), 12);
+    const FbxDouble3 standing = third.node("RightUpLeg")->LclRotation.Get();
+    const Keys keyed = third.lastKeys("RightUpLeg", false);
+    for (int a = 0; a < 3; ++a) {
+        EXPECT_TRUE(standing[a] == 0 && !std::signbit(standing[a])) << a;
+        EXPECT_TRUE(keyed[a] == 0 && !std::signbit(keyed[a])) << a;
+    }
+    third.finalize(true);
 }
 
 TEST(NodesPreset, FlatNodesWithGlobalKeys) {
