@@ -288,19 +288,6 @@ TEST_F(FbxUnrollTest, FailuresLeaveCurvesUnchanged) {
     EXPECT_FALSE(mStatus.Error());
 }
 
-TEST_F(FbxUnrollTest, PathTestStopsAtAPoorKey) {
-    Key(0, FbxDouble3(0, 0, 0));
-    Key(1, FbxDouble3(0, 0, 0));
-    // The same rotation as (0, 0, 0) but far in angle space: poor quality.
-    Key(2, FbxDouble3(360 + 1, 0, 0));
-    Key(3, FbxDouble3(-170, 0, 0));
-    mFilter.SetTestForPath(true);
-    mFilter.SetQualityTolerance(0.25);
-    ASSERT_TRUE(mFilter.Apply(mCurves, 3, &mStatus));
-    EXPECT_NEAR(At(2)[0], 1.0, 1e-5);
-    EXPECT_FLOAT_EQ(At(3)[0], -170.0f);
-}
-
 // The span starts from the key before it, and a key on one curve gets its
 // fellows on the other two.
 TEST_F(FbxUnrollTest, SpanStartsFromTheKeyBeforeItAndKeysAreSynchronised) {
@@ -519,24 +506,50 @@ std::vector<std::pair<FbxLongLong, float>> Snapshot(FbxAnimCurve* const* curves)
     return keys;
 }
 
-// NeedApply answers true exactly when Apply then changes a key.
-TEST_F(FbxUnrollTest, NeedApplyForetellsWhetherApplyChangesAKey) {
+// What a run leaves of small takes, and NeedApply answering true exactly when Apply then
+// changes a key.
+TEST_F(FbxUnrollTest, RunsOfSmallTakes) {
     const struct {
         const char* name;
         std::vector<FbxDouble3> keys;
-        int startFrame;  // the filter's start, in frames; -1 for none
-        bool testForPath;
-        bool changes;
+        std::vector<FbxDouble3> after;  // the keys once unrolled; empty when nothing changes
+        int startFrame = -1;            // the filter's span, in frames; -1 for none
+        int stopFrame = -1;
+        bool testForPath = false;
+        int replaceMode = 0;
     } rows[] = {
-        {"continuous", {{10, 0, 0}, {20, 0, 0}, {30, 0, 0}}, -1, false, false},
-        {"flip", {{170, 0, 0}, {-170, 0, 0}}, -1, false, true},
-        {"whole turn", {{0, 0, 0}, {0, 370, 0}}, -1, false, true},
-        {"one key", {{-170, 20, 400}}, -1, false, false},
+        {"continuous", {{10, 0, 0}, {20, 0, 0}, {30, 0, 0}}, {}},
+        {"flip", {{170, 0, 0}, {-170, 0, 0}}, {{170, 0, 0}, {190, 0, 0}}},
+        {"whole turn", {{0, 0, 0}, {0, 370, 0}}, {{0, 0, 0}, {0, 10, 0}}},
+        {"one key", {{-170, 20, 400}}, {}},
         // The span holds only the last key, which differs from the one before by a turn.
-        {"one key span", {{170, 0, 0}, {-170, 0, 0}}, 1, false, false},
-        {"span after the flip", {{170, 0, 0}, {-170, 0, 0}, {-165, 0, 0}}, 1, false, true},
-        // The walk stops at the poor first step before the flip.
-        {"path test", {{0, 0, 0}, {361, 0, 0}, {-170, 0, 0}}, -1, true, true},
+        {"one key span", {{170, 0, 0}, {-170, 0, 0}}, {}, 1},
+        {"span after the flip",
+         {{170, 0, 0}, {-170, 0, 0}, {-165, 0, 0}},
+         {{170, 0, 0}, {190, 0, 0}, {195, 0, 0}},
+         1},
+        // 361 is the same rotation as 0 but far in angle space: the walk unrolls it and stops
+        // there, before the flip.
+        {"path test",
+         {{0, 0, 0}, {361, 0, 0}, {-170, 0, 0}},
+         {{0, 0, 0}, {1, 0, 0}, {-170, 0, 0}},
+         -1,
+         -1,
+         true},
+        // Past the span, keys stay; in replace mode 2 they move by the whole turns the span's
+        // last key moved, which keeps the curve continuous.
+        {"span before the end",
+         {{170, 0, 0}, {-175, 0, 0}, {-170, 0, 0}},
+         {{170, 0, 0}, {185, 0, 0}, {-170, 0, 0}},
+         -1,
+         1},
+        {"span before the end, replace mode 2",
+         {{170, 0, 0}, {-175, 0, 0}, {-170, 0, 0}},
+         {{170, 0, 0}, {185, 0, 0}, {190, 0, 0}},
+         -1,
+         1,
+         false,
+         2},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -548,15 +561,23 @@ TEST_F(FbxUnrollTest, NeedApplyForetellsWhetherApplyChangesAKey) {
         }
         mFilter.Reset();
         mFilter.SetTestForPath(row.testForPath);
+        mFilter.SetReplaceMode(row.replaceMode);
         if (row.startFrame >= 0) {
             mFilter.SetStartTime(FbxTime(row.startFrame * 1176000LL));
+        }
+        if (row.stopFrame >= 0) {
+            mFilter.SetStopTime(FbxTime(row.stopFrame * 1176000LL));
         }
         const auto before = Snapshot(mCurves);
         const bool need = mFilter.NeedApply(mCurves, 3, &mStatus);
         EXPECT_EQ(Snapshot(mCurves), before);
         ASSERT_TRUE(mFilter.Apply(mCurves, 3, &mStatus));
-        EXPECT_EQ(Snapshot(mCurves) != before, row.changes);
-        EXPECT_EQ(need, row.changes);
+        EXPECT_EQ(need, !row.after.empty());
+        EXPECT_EQ(Snapshot(mCurves) != before, !row.after.empty());
+        const std::vector<FbxDouble3>& after = row.after.empty() ? row.keys : row.after;
+        for (size_t i = 0; i < after.size(); ++i) {
+            EXPECT_LT(Distance(At(static_cast<int>(i)), after[i]), 1e-4) << "key " << i;
+        }
         EXPECT_FALSE(mFilter.NeedApply(mCurves, 3, &mStatus));
     }
     EXPECT_FALSE(mFilter.NeedApply(mCurves, 2, &mStatus));
@@ -618,26 +639,6 @@ TEST_F(FbxUnrollTest, ForcedAutoTangentsOnlyOnFlippedUserKeys) {
     for (int k : {0, 2}) {
         EXPECT_EQ(mCurves[0]->KeyGetFlags(k), 0x0C08u);
         EXPECT_FLOAT_EQ(mCurves[0]->KeyGetRightDerivative(k), 5.0f);
-    }
-}
-
-// In replace mode 2 the keys after the span move by the whole turns the span's last key
-// moved; in plain mode they stay.
-TEST_F(FbxUnrollTest, ReplaceModeTwoKeepsTheCurveContinuousPastTheSpan) {
-    for (int mode : {0, 2}) {
-        SCOPED_TRACE(testing::Message() << "mode " << mode);
-        for (FbxAnimCurve* curve : mCurves) {
-            curve->KeyClear();
-        }
-        Key(0, FbxDouble3(170, 0, 0));
-        Key(1, FbxDouble3(-175, 0, 0));
-        Key(2, FbxDouble3(-170, 0, 0));
-        mFilter.Reset();
-        mFilter.SetReplaceMode(mode);
-        mFilter.SetStopTime(FbxTime(1176000));
-        ASSERT_TRUE(mFilter.Apply(mCurves, 3, &mStatus));
-        EXPECT_FLOAT_EQ(At(1)[0], 185.0f);
-        EXPECT_FLOAT_EQ(At(2)[0], mode == 2 ? 190.0f : -170.0f);
     }
 }
 
