@@ -740,12 +740,7 @@ TEST_F(FbxUnrollTest, NodesKeyedAndUnrolledOnThreadsAtOnce) {
     const auto keyAndUnroll = [&](FbxAnimCurve** curves, int node) {
         for (int frame = 0; frame < kFrames; ++frame) {
             for (int axis = 0; axis < 3; ++axis) {
-                FbxAnimCurve* curve = curves[axis];
-                curve->KeyModifyBegin();
-                const int key = curve->KeyAdd(FbxTime(frame * 588000LL));
-                curve->KeySetValue(key, TakeAngle(node, frame, axis));
-                curve->KeySetInterpolation(key, FbxAnimCurveDef::eInterpolationLinear);
-                curve->KeyModifyEnd();
+                KeyAsTaken(*curves[axis], frame * 588000LL, TakeAngle(node, frame, axis));
             }
         }
         FbxAnimCurveFilterUnroll filter;
@@ -797,25 +792,18 @@ TEST_F(FbxUnrollTest, NodesSharingKeyTimesUnrollAsCurvesAlone) {
             shared[node][axis]->KeyShareTimes(*shared[0][0]);
         }
     }
-    const auto key = [](FbxAnimCurve* curve, FbxLongLong time, float value) {
-        curve->KeyModifyBegin();
-        const int index = curve->KeyAdd(FbxTime(time));
-        curve->KeySetValue(index, value);
-        curve->KeySetInterpolation(index, FbxAnimCurveDef::eInterpolationLinear);
-        curve->KeyModifyEnd();
-    };
     for (int frame = 0; frame < kFrames; ++frame) {
         const FbxLongLong time = (frame * 25LL + frame % 3) * 10000;
         for (int node = 0; node < kNodes; ++node) {
             for (int axis = 0; axis < 3; ++axis) {
                 const float value = TakeAngle(node, frame, axis);
-                key(shared[node][axis], time, value);
-                key(alone[node][axis], time, value);
+                KeyAsTaken(*shared[node][axis], time, value);
+                KeyAsTaken(*alone[node][axis], time, value);
             }
         }
     }
-    key(shared[1][0], 105000, 30.0f);
-    key(alone[1][0], 105000, 30.0f);
+    KeyAsTaken(*shared[1][0], 105000, 30.0f);
+    KeyAsTaken(*alone[1][0], 105000, 30.0f);
     // Copies are scene objects: node 1 goes first, on this thread.
     ASSERT_TRUE(FbxAnimCurveFilterUnroll().Apply(shared[1].data(), 3));
     std::array<bool, kNodes> applied{true, true, true};
