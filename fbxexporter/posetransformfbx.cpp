@@ -3,18 +3,19 @@
 #include <algorithm>
 
 #include "axisconvention.h"
-#include "math/matherror.h"
+#include "hostposition.h"
 #include "skeletondefinition.h"
 
 using namespace SkeletonDefinition;
 
 namespace {
 
-// a - b on FBX axes, from the first three elements of each; a shorter position fails as the
-// checked conversion does. Formed in place: every segment of every frame takes one.
+// a - b on FBX axes, from the first three elements of each. Formed in place: every segment
+// of every frame takes one.
 nuvia::Vector3 fbxDifference(const NuVector& a, const NuVector& b) {
-    if (a.size() < 3 || b.size() < 3) nuvia::throwMathError("Vector3", "Source vector too small");
-    return nuvia::Vector3(a[1] - b[1], a[2] - b[2], a[0] - b[0]);
+    const nuvia::Vector3 p = firstThree(a);
+    const nuvia::Vector3 q = firstThree(b);
+    return toFbxAxes(nuvia::Vector3(p[0] - q[0], p[1] - q[1], p[2] - q[2]));
 }
 
 int hostSegmentOrRoot(int segment) {
