@@ -24,10 +24,7 @@ TEST(BatchExport, WritesEachFileAsItsOwnRunWouldAndFailsOnlyTheBadInput) {
     QTemporaryDir folder;
     QDir(folder.path()).mkdir("batch");
     QDir(folder.path()).mkdir("single");
-    QFile bad(folder.filePath("broken.json"));
-    ASSERT_TRUE(bad.open(QIODevice::WriteOnly));
-    bad.write("{\"format\": ");
-    bad.close();
+    writeFile(folder.filePath("broken.json"), "{\"format\": ");
 
     QStringList arguments = runOptions() << "--jobs"
                                          << "2"

@@ -30,7 +30,6 @@ struct Variant {
 const Variant variants[] = {
     {"skeleton", "binary"}, {"skeleton", "ascii"}, {"nodes", "binary"}, {"nodes", "ascii"}};
 
-// The finger joints the plug-in writes: all but the carpus and the four metacarpals.
 Vec3 translation(const fbxtest::Matrix& world) {
     return {world[3], world[7], world[11]};
 }
