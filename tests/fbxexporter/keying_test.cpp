@@ -132,7 +132,6 @@ TEST(KeyingThread, KeysInOrderAcrossBatches) {
     for (int i = 0; i < 30000; ++i) keying.add(keyOfSegment(i));
     keying.waitUntilKeyed();
     EXPECT_TRUE(std::equal(keyed.begin(), keyed.end(), added.begin(), added.begin() + 30000));
-    EXPECT_EQ(keyed.size(), 30000u);
     for (int i = 30000; i < 50000; ++i) keying.add(keyOfSegment(i));
     keying.finish();
     EXPECT_EQ(keyed, added);
