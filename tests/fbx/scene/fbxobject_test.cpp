@@ -1,6 +1,5 @@
 #include "fbx/scene/fbxanimstack.h"
 #include "fbx/scene/fbxdocumentinfo.h"
-#include "fbx/scene/fbxglobalsettings.h"
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxnull.h"
 #include "fbx/scene/fbxskeleton.h"
@@ -95,18 +94,6 @@ TEST_F(FbxObjectTest, DefaultObjectIsTheClassTemplate) {
     EXPECT_EQ(mManager->GetObjectCount(), objects);
     EXPECT_EQ(tmpl->GetDocument(), nullptr);
     EXPECT_EQ(PropertyNames(*tmpl), PropertyNames(*node));
-
-    // Only what differs from the template would reach a file.
-    node->LclTranslation.Set(FbxDouble3(1, 2, 3));
-    std::vector<std::string> differing;
-    for (FbxProperty p = node->GetFirstProperty(); p.IsValid(); p = node->GetNextProperty(p)) {
-        if (!p.CompareValue(tmpl->FindProperty(p.GetHierarchicalName().Buffer()))) {
-            differing.push_back(p.GetHierarchicalName().Std());
-        }
-    }
-    EXPECT_EQ(differing, std::vector<std::string>{"Lcl Translation"});
-    EXPECT_TRUE(FbxNode::ClassId.HasPropertyTemplate());
-    EXPECT_FALSE(FbxGlobalSettings::ClassId.HasPropertyTemplate());
 }
 
 TEST(FbxStatusTest, FirstErrorSticksUntilCleared) {

@@ -8,7 +8,6 @@
 #include "fbx/scene/fbxanimcurvenode.h"
 #include "fbx/scene/fbxanimlayer.h"
 #include "fbx/scene/fbxanimstack.h"
-#include "fbx/scene/fbxglobalsettings.h"
 #include "fbx/scene/fbxmarker.h"
 #include "fbx/scene/fbxnode.h"
 #include "fbx/scene/fbxnull.h"
@@ -18,30 +17,6 @@
 namespace {
 
 using FbxSceneTest = SceneTest;
-
-TEST_F(FbxSceneTest, NodePropertiesInFileOrderWithDefaults) {
-    FbxNode* node = FbxNode::Create(mScene, "n");
-    const std::vector<std::string> names = PropertyNames(*node);
-    ASSERT_EQ(names.size(), 71u);
-    EXPECT_EQ(names.front(), "QuaternionInterpolate");
-    EXPECT_EQ(names[31], "InheritType");
-    EXPECT_EQ(std::vector<std::string>(names.end() - 3, names.end()),
-              (std::vector<std::string>{"Lcl Scaling", "Visibility", "Visibility Inheritance"}));
-    // The defaults that are not zero.
-    EXPECT_EQ(node->LclScaling.Get(), FbxDouble3(1, 1, 1));
-    EXPECT_EQ(node->ScalingMax.Get(), FbxDouble3(1, 1, 1));
-    EXPECT_EQ(node->GeometricScaling.Get(), FbxDouble3(1, 1, 1));
-    EXPECT_DOUBLE_EQ(node->AxisLen.Get(), 10.0);
-    EXPECT_DOUBLE_EQ(node->Visibility.Get(), 1.0);
-    EXPECT_EQ(node->DefaultAttributeIndex.Get(), -1);
-    EXPECT_TRUE(node->Show.Get());
-    EXPECT_EQ(node->InheritType.Get(), FbxTransform::eInheritRrSs);
-    EXPECT_EQ(node->LclRotation.GetFlags(), unsigned{FbxPropertyFlags::eAnimatable});
-    EXPECT_EQ(node->InheritType.GetFlags(), 0u);
-    EXPECT_STREQ(node->LclTranslation.GetPropertyDataType().GetName(), "Lcl Translation");
-    EXPECT_STREQ(node->VisibilityInheritance.GetPropertyDataType().GetIOName(),
-                 "Visibility Inheritance");
-}
 
 // A node made through the manager joins the scene, with its subtree and their
 // attributes, when it is added under a member.
@@ -150,18 +125,6 @@ TEST_F(FbxSceneTest, AttributesDecideTheRecordSubTypes) {
     EXPECT_EQ(node->InheritType.Get<int>(), 2);
 }
 
-TEST_F(FbxSceneTest, GlobalSettingsInFileOrder) {
-    FbxGlobalSettings& settings = mScene->GetGlobalSettings();
-    const std::vector<std::string> names = PropertyNames(settings);
-    ASSERT_EQ(names.size(), 20u);
-    EXPECT_EQ(names.front(), "UpAxis");
-    EXPECT_EQ(names[12], "TimeMode");
-    EXPECT_EQ(names.back(), "CurrentTimeMarker");
-    EXPECT_EQ(settings.TimeSpanStop.Get(), FbxTime(FBX_TC_SECOND));
-    EXPECT_EQ(settings.TimeProtocol.Get<int>(), 2);
-    EXPECT_STREQ(settings.TimeMode.GetEnumValue(17), "Frames5994");
-}
-
 // The export's shape: a skeleton under a root, keyed every frame, found by name
 // on every frame, then walked the way a writer does.
 TEST_F(FbxSceneTest, AnimatedSkeletonCanBeBuiltSearchedAndWalked) {
@@ -186,13 +149,8 @@ TEST_F(FbxSceneTest, AnimatedSkeletonCanBeBuiltSearchedAndWalked) {
             FbxNode* node = mScene->FindNodeByName(names[n]);
             ASSERT_NE(node, nullptr);
             for (const char* channel : {"X", "Y", "Z"}) {
-                FbxAnimCurve* curve =
-                    node->LclRotation.GetCurve(layer, "Lcl Rotation", channel, true);
-                curve->KeyModifyBegin();
-                const int key = curve->KeyAdd(time);
-                curve->KeySetValue(key, static_cast<float>(frame));
-                curve->KeySetInterpolation(key, FbxAnimCurveDef::eInterpolationLinear);
-                curve->KeyModifyEnd();
+                KeyAsTaken(*node->LclRotation.GetCurve(layer, "Lcl Rotation", channel, true),
+                           time.Get(), static_cast<float>(frame));
             }
         }
     }
@@ -221,46 +179,10 @@ TEST_F(FbxSceneTest, AnimatedSkeletonCanBeBuiltSearchedAndWalked) {
     EXPECT_EQ(mScene->GetNodeCount(), 4);
 }
 
-// A node's attribute, inheritance and shading; a stack's two spans and its layers; a
-// layer's curve nodes only for animatable properties.
-TEST_F(FbxSceneTest, NodeStackAndLayerAccessors) {
+// A layer makes curve nodes only for animatable properties, and marks them animated.
+TEST_F(FbxSceneTest, LayerCurveNodesOnlyForAnimatableProperties) {
     FbxNode* node = FbxNode::Create(mScene, "node");
-    EXPECT_EQ(node->GetNodeAttribute(), nullptr);
-    FbxSkeleton* joint = FbxSkeleton::Create(mScene, "joint");
-    ASSERT_TRUE(node->SetNodeAttribute(joint));
-    EXPECT_EQ(node->GetNodeAttribute(), joint);
-    EXPECT_FALSE(FbxNode::Create(mScene, "other")->SetNodeAttribute(joint));
-    for (auto type :
-         {FbxTransform::eInheritRrs, FbxTransform::eInheritRSrs, FbxTransform::eInheritRrSs}) {
-        node->SetTransformationInheritType(type);
-        FbxTransform::EInheritType read = FbxTransform::eInheritRrSs;
-        node->GetTransformationInheritType(read);
-        EXPECT_EQ(read, type);
-        EXPECT_EQ(node->InheritType.Get(), type);
-    }
-    EXPECT_EQ(node->GetShadingMode(), FbxNode::eHardShading);
-    node->SetShadingMode(FbxNode::eFlatShading);
-    EXPECT_EQ(node->GetShadingMode(), FbxNode::eFlatShading);
-
-    FbxAnimStack* stack = FbxAnimStack::Create(mScene, "take");
-    const FbxTimeSpan first(FbxTime(0), FbxTime(10));
-    const FbxTimeSpan second(FbxTime(5), FbxTime(20));
-    const FbxTimeSpan reference(FbxTime(-1), FbxTime(1));
-    stack->SetLocalTimeSpan(first);
-    EXPECT_EQ(stack->GetReferenceTimeSpan(), first);
-    stack->SetReferenceTimeSpan(reference);
-    stack->SetLocalTimeSpan(second);
-    EXPECT_EQ(stack->GetLocalTimeSpan(), second);
-    EXPECT_EQ(stack->GetReferenceTimeSpan(), reference);
     FbxAnimLayer* layers[] = {FbxAnimLayer::Create(mScene, "a"), FbxAnimLayer::Create(mScene, "b")};
-    EXPECT_EQ(stack->GetMemberCount(), 0);
-    for (FbxAnimLayer* layer : layers) {
-        EXPECT_TRUE(stack->AddMember(layer));
-    }
-    EXPECT_EQ(stack->GetMemberCount(), 2);
-    EXPECT_EQ(stack->GetMember(1), layers[1]);
-    EXPECT_EQ(stack->GetMember(2), nullptr);
-
     EXPECT_EQ(layers[0]->CreateCurveNode(node->Show), nullptr);
     FbxProperty invalid;
     EXPECT_EQ(layers[0]->CreateCurveNode(invalid), nullptr);

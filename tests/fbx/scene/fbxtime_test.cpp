@@ -159,20 +159,6 @@ TEST(FbxTimeTest, ModeNamesRatesAndFractionalFrames) {
     t.SetFramePrecise(-0.5, FbxTime::eCustom, 100.0);
     EXPECT_EQ(t.Get(), -705600);
     EXPECT_DOUBLE_EQ(t.GetFrameCountPrecise(FbxTime::eCustom), 0.0);
-
-    FbxTimeSpan span;
-    span.SetStop(FbxTime(-4));
-    span.SetStart(FbxTime(6));
-    EXPECT_EQ(span.GetSignedDuration(), FbxTime(-10));
-    EXPECT_TRUE(span.IsInside(FbxTime(0)));
-}
-
-TEST(FbxTimeTest, TimeCodeDefinitionIsProcessWide) {
-    const int saved = FbxTCGetDefinition();
-    EXPECT_EQ(saved, 127);
-    FbxTCSetDefinition(0);
-    EXPECT_EQ(FbxTCGetDefinition(), 0);
-    FbxTCSetDefinition(saved);
 }
 
 }  // namespace
