@@ -8,7 +8,6 @@
 #include "fbx/scene/fbxscene.h"
 #include "fbxfile/fbxasciireader.h"
 #include "tests/fbx/io/fbxio_test_util.h"
-#include "zavoversion.h"
 
 namespace {
 
@@ -47,49 +46,6 @@ File WriteBinary(ManagerScope& manager, FbxDocument* scene, const TempDir& dir,
 std::string WriteAscii(ManagerScope& manager, FbxDocument* scene, const TempDir& dir) {
     EXPECT_EQ("", Export(manager.get(), scene, dir.File("scene.fbx"), {.ascii = true}));
     return ReadText(dir.File("scene.fbx"));
-}
-
-TEST(FbxWriterFbx7, SectionsHeaderAndDefinitions) {
-    TempDir dir;
-    ManagerScope manager;
-    const File file = WriteBinary(manager, BuildAnimatedScene(manager.get(), {2, true, 5}), dir);
-    EXPECT_EQ(
-        "FBXHeaderExtension FileId CreationTime Creator GlobalSettings Documents References "
-        "Definitions Objects Connections Takes",
-        Names(file.root.children));
-    const Record* header = file.Find("FBXHeaderExtension");
-    EXPECT_EQ(
-        "FBXHeaderVersion FBXVersion EncryptionType CreationTimeStamp Creator OtherFlags "
-        "SceneInfo",
-        Names(header->children));
-    EXPECT_EQ("I127", Texts(header->Find("OtherFlags/TCDefinition")->values));
-    EXPECT_EQ("SSceneInfo\0\x01SceneInfo SUserData"s, Texts(header->Find("SceneInfo")->values));
-    EXPECT_EQ("SNuvia FBX Writer version "s + ZavoVersion::Text + " build=0",
-              Texts(file.Find("Creator")->values));
-
-    // Deterministic files take every time-derived byte from the zero time.
-    for (const Record& field : header->Find("CreationTimeStamp")->children) {
-        EXPECT_EQ(field.name == "Version" ? 1000 : 0, field.values[0].Int()) << field.name;
-    }
-    EXPECT_EQ("S0000-01-01 00:00:00:000", Texts(file.Find("CreationTime")->values));
-
-    EXPECT_EQ(20u, file.Find("GlobalSettings/Properties70")->children.size());
-    EXPECT_EQ("L0 SMy Scene SScene", Texts(file.Find("Documents/Document")->values));
-
-    // The total counts the global settings too; one template per type that has one.
-    const Record* definitions = file.Find("Definitions");
-    EXPECT_EQ("I25", Texts(definitions->Find("Count")->values));
-    std::string types;
-    for (const Record* type : definitions->Children("ObjectType")) {
-        const Record* propertyTemplate = type->Child("PropertyTemplate");
-        types += type->values[0].String() + " " + Texts(type->Child("Count")->values) +
-                 (propertyTemplate ? " " + propertyTemplate->values[0].String() : "") + ", ";
-    }
-    EXPECT_EQ(
-        "GlobalSettings I1, NodeAttribute I3 FbxSkeleton, Model I3 FbxNode, "
-        "AnimationStack I1 FbxAnimStack, AnimationLayer I1 FbxAnimLayer, "
-        "AnimationCurveNode I4 FbxAnimCurveNode, AnimationCurve I12, ",
-        types);
 }
 
 TEST(FbxWriterFbx7, ObjectRecordsPropertiesAndCurves) {
